@@ -1,0 +1,3 @@
+#include "core/help_window.h"
+
+WINDOW_HEADER *EFIAPI ShowHelpWindow (UINT8, const CHAR8 *, UINT16, const CHAR8 *) { return nullptr; }

@@ -1,0 +1,8 @@
+#include "filemanager/main_window.h"
+
+#include "core/driver_state.h"
+
+WINDOW_HEADER *EFIAPI OpenVolumeWindow (UINT16, UINT16, UINT8, VOLUME_RECORD *, const CHAR8 *) { return nullptr; }
+void ResetFileManagerState () {}
+void ResetFileTypesState () {}
+void ResetContextMenuState () {}

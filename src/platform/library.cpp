@@ -1,0 +1,49 @@
+#include "platform/library.h"
+
+EFI_HANDLE gImageHandle;
+EFI_SYSTEM_TABLE *gST;
+EFI_BOOT_SERVICES *gBS;
+EFI_RUNTIME_SERVICES *gRT;
+
+VOID *AllocatePool (UINTN Size) {
+  VOID *Buffer = nullptr;
+  if (gBS == nullptr || EFI_ERROR (gBS->AllocatePool (EfiBootServicesData, Size, &Buffer))) return nullptr;
+  return Buffer;
+}
+
+VOID *AllocateZeroPool (UINTN Size) {
+  VOID *Buffer = AllocatePool (Size);
+  if (Buffer != nullptr) ZeroMem (Buffer, Size);
+  return Buffer;
+}
+
+VOID FreePool (VOID *Buffer) {
+  if (Buffer != nullptr) gBS->FreePool (Buffer);
+}
+
+VOID *CopyMem (VOID *Destination, const VOID *Source, UINTN Length) {
+  UINT8 *D = static_cast<UINT8 *> (Destination);
+  const UINT8 *S = static_cast<const UINT8 *> (Source);
+  if (D < S) {
+    for (UINTN I = 0; I < Length; I++) D[I] = S[I];
+  } else {
+    for (UINTN I = Length; I > 0; I--) D[I - 1] = S[I - 1];
+  }
+  return Destination;
+}
+
+VOID *SetMem (VOID *Buffer, UINTN Length, UINT8 Value) {
+  UINT8 *B = static_cast<UINT8 *> (Buffer);
+  for (UINTN I = 0; I < Length; I++) B[I] = Value;
+  return Buffer;
+}
+
+VOID *ZeroMem (VOID *Buffer, UINTN Length) { return SetMem (Buffer, Length, 0); }
+
+INTN CompareMem (const VOID *A, const VOID *B, UINTN Length) {
+  const UINT8 *X = static_cast<const UINT8 *> (A);
+  const UINT8 *Y = static_cast<const UINT8 *> (B);
+  for (UINTN I = 0; I < Length; I++)
+    if (X[I] != Y[I]) return (INTN)X[I] - (INTN)Y[I];
+  return 0;
+}

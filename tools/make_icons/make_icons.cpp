@@ -1,0 +1,2 @@
+// Placeholder: draws no icons yet.
+int main () { return 0; }
