@@ -10,4 +10,3 @@ VOID EFIAPI CancelCompareJob (COMPARE_JOB *) {}
 COMPARE_RESULT *EFIAPI SnapshotCompareResult (COMPARE_JOB *) { return nullptr; }
 VOID EFIAPI FreeCompareSnapshot (COMPARE_RESULT *) {}
 void ResetCompareJobsState () {}
-void ResetFileComparisonState () {}
