@@ -5,6 +5,11 @@
 #include "platform/uefi.h"
 #include "services/window_records.h"
 
+// Title of the image and icon viewers: the volume label, two spaces and the
+// path, cut so that it keeps within 127 characters.
+#define VIEWER_TITLE_SIZE 128
+VOID SetViewerTitle (WINDOW_HEADER *Window, UINT8 VolumeIndex, const CHAR8 *Path);
+
 // ------------------------------------------------------------ hex viewer
 #define HEX_VIEWER_SIZE    840
 #define HEX_PATH_SIZE      512
