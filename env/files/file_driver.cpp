@@ -415,7 +415,7 @@ int FileDriver::Mount (const VolumeSpec &Spec) {
     std::string Label = Spec.Label;
     if (Label.empty ()) {
       Label = std::filesystem::path (Root).filename ().native ();
-      if (Label.empty ()) Label = "/";
+      if (Label.empty ()) Label.push_back ('/');
     }
     std::memcpy (Record.Label, Label.data (), std::min (Label.size (), sizeof (Record.Label) - 1));
     State_->Volumes[Volume] = Mounted {Spec.Folder, Root, 0};

@@ -48,6 +48,7 @@ bool LookupResourceString (std::string_view Text, const char *Section, const cha
     if (Equal == std::string_view::npos) continue;
     if (!SameName (Trim (Line.substr (0, Equal)), Key)) continue;
     std::string_view Found = Trim (Line.substr (Equal + 1));
+    if (Found.size () >= 2 && Found.front () == '"' && Found.back () == '"') Found = Found.substr (1, Found.size () - 2);
     if (Found.size () > kResourceValueMax) Found = Found.substr (0, kResourceValueMax);
     Value.assign (Found.data (), Found.size ());
     return true;
