@@ -49,6 +49,8 @@ class Firmware {
   size_t LiveBytes () const;
   // Size of the live pool block that starts at Buffer, or 0 when Buffer is none.
   size_t BlockSize (const VOID *Buffer) const;
+  // FreePool calls with a pointer that is not a live block (refused).
+  size_t BadFrees () const;
 
   // Failure injection: the service returns Status for its next Count calls
   // (Count 0: every call until cleared), after letting Skip calls succeed.
@@ -67,6 +69,7 @@ class Firmware {
   EFI_STATUS UnloadImage (EFI_HANDLE ImageHandle);
 
  private:
+  friend struct FirmwareAccess;
   struct State;
   std::unique_ptr<State> State_;
 };
