@@ -1,0 +1,401 @@
+// The walk of a comparison job: the checks of the root path, the levels of the
+// directory tree (listed one state per tick), the matching of names, and the
+// comparison of files by size, time stamp and, when asked, contents.
+#include "compare/compare_internal.h"
+#include "compare/compare_texts.h"
+#include "core/bindings.h"
+#include "platform/library.h"
+#include "util/string_utils.h"
+
+#define LINE_SIZE 512
+
+static VOID CloseLevelHandles (COMPARE_LEVEL *Level) {
+  if (Level->SourceHandle != 0) gFileDriver->CloseHandle (Level->SourceHandle);
+  if (Level->BackupHandle != 0) gFileDriver->CloseHandle (Level->BackupHandle);
+  Level->SourceHandle = 0;
+  Level->BackupHandle = 0;
+}
+
+VOID ReleaseLevel (COMPARE_LEVEL *Level) {
+  if (Level->SourceEntries != nullptr) FreePool (Level->SourceEntries);
+  if (Level->BackupEntries != nullptr && Level->BackupEntries != Level->SourceEntries) {
+    FreePool (Level->BackupEntries);
+  }
+  Level->SourceEntries = nullptr;
+  Level->BackupEntries = nullptr;
+  CloseLevelHandles (Level);
+}
+
+// Reports one of the root messages, formatted with the root path.
+static VOID ReportRootMessage (COMPARE_JOB *Job, const CHAR8 *Format) {
+  CHAR8 Line[LINE_SIZE];
+  AsciiSPrint (Line, sizeof (Line), Format, Job->RootPath);
+  ReportProgress (Job, PROGRESS_LINE, Line);
+}
+
+static DIRECTORY_ENTRY *SingleEntry (const CHAR8 *Name, const FILE_INFO *Info, UINT64 Size) {
+  DIRECTORY_ENTRY *Entry = (DIRECTORY_ENTRY *)AllocateZeroPool (sizeof (DIRECTORY_ENTRY));
+  if (Entry == nullptr) return nullptr;
+  CopyStringN (Entry->Name, Name, sizeof (Entry->Name));
+  Entry->IsDirectory = 0;
+  Entry->Matched = 1;
+  Entry->EntryWord = Info->EntryWord;
+  Entry->Size = Size;
+  return Entry;
+}
+
+BOOLEAN CheckRootPath (COMPARE_JOB *Job) {
+  COMPARE_LEVEL *Level = &Job->Levels[0];
+  ZeroMem (Level, sizeof (*Level));
+  FILE_INFO SourceInfo;
+  FILE_INFO BackupInfo;
+  ZeroMem (&SourceInfo, sizeof (SourceInfo));
+  ZeroMem (&BackupInfo, sizeof (BackupInfo));
+
+  const CHAR8 *Message = nullptr;
+  Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, Job->RootPath);
+  if (Level->SourceHandle == 0) {
+    Message = CmpTextRootMissing;
+  } else if (!gFileDriver->GetFileInfo (Level->SourceHandle, &SourceInfo)) {
+    Message = CmpTextRootUnusable;
+  } else if ((Level->BackupHandle = gFileDriver->OpenDirectory (Job->BackupVolume, Job->RootPath)) == 0) {
+    Message = CmpTextRootMissingInBackup;
+  } else if (!gFileDriver->GetFileInfo (Level->BackupHandle, &BackupInfo)) {
+    Message = CmpTextRootBackupUnusable;
+  } else if ((SourceInfo.IsDirectory != 0) != (BackupInfo.IsDirectory != 0)) {
+    Message = CmpTextRootTypeDiffers;
+  } else if (SourceInfo.IsDirectory != 0) {
+    CloseLevelHandles (Level);   // directory mode: the levels open their own handles
+    return TRUE;
+  } else if (SourceInfo.Size != BackupInfo.Size) {
+    Message = CmpTextRootSizeDiffers;
+  }
+  if (Message != nullptr) {
+    ReportRootMessage (Job, Message);
+    CloseLevelHandles (Level);
+    return FALSE;
+  }
+
+  // Two files of one size: level 0 becomes a level of that one entry, whose
+  // open handles go straight to the content comparison.
+  const CHAR8 *Name = nullptr;
+  if (!SplitPath (Job->RootPath, Level->Path, &Name) || Name == nullptr) {
+    CloseLevelHandles (Level);
+    return FALSE;
+  }
+  Level->SourceEntries = SingleEntry (Name, &SourceInfo, SourceInfo.Size);
+  Level->BackupEntries = SingleEntry (Name, &BackupInfo, SourceInfo.Size);
+  if (Level->SourceEntries == nullptr || Level->BackupEntries == nullptr) {
+    ReleaseLevel (Level);
+    return FALSE;
+  }
+  Level->Cursor = 0;
+  Level->SourceCount = 1;
+  Level->BackupCount = 1;
+  Level->FileSize = SourceInfo.Size;
+  Level->FileOffset = 0;
+  Level->State = LEVEL_STATE_PROCESSING;
+  Level->HeadingAdded = 0;
+  Level->HeadingIndex = 0;
+  Job->Depth = 0;
+  Job->ItemCount = 1;
+  return TRUE;
+}
+
+BOOLEAN BeginWalk (COMPARE_JOB *Job) {
+  Job->Depth = COMPARE_NO_LEVEL;
+  if (!CheckRootPath (Job)) {
+    ReportProgress (Job, PROGRESS_LINE, CmpTextCompareFailed);
+    return FALSE;
+  }
+  if (Job->Depth < COMPARE_NO_LEVEL) {   // single-file mode
+    Job->Done = 0;
+    ReportProgress (Job, PROGRESS_LEVEL, nullptr);
+    return TRUE;
+  }
+  ZeroMem (Job->Levels, sizeof (Job->Levels));
+  Job->Depth = COMPARE_NO_LEVEL;
+  CopyString (Job->Levels[0].Path, Job->RootPath);
+  if (!CompareRootLevel (Job, &Job->Levels[0])) {
+    Job->Depth = 0;
+    Job->Levels[0].State = LEVEL_STATE_FAILED;
+    Job->Done = 1;
+    return FALSE;
+  }
+  Job->Depth = 0;
+  Job->Done = 0;
+  Job->Levels[0].State = LEVEL_STATE_PROCESSING;
+  ReportProgress (Job, PROGRESS_LEVEL, nullptr);
+  return TRUE;
+}
+
+VOID MatchEntries (COMPARE_LEVEL *Level) {
+  for (UINT16 B = 0; B < Level->BackupCount; B++) Level->BackupEntries[B].Matched = 0;
+  for (UINT16 S = 0; S < Level->SourceCount; S++) {
+    DIRECTORY_ENTRY *Source = &Level->SourceEntries[S];
+    Source->Matched = 0;
+    for (UINT16 B = 0; B < Level->BackupCount; B++) {
+      if (NamesEqual (Source->Name, Level->BackupEntries[B].Name)) {
+        Source->Matched = 1;
+        Level->BackupEntries[B].Matched = 1;
+        break;
+      }
+    }
+  }
+}
+
+// A level's failure: stored and reported under the level's own path.
+static VOID FailLevel (COMPARE_JOB *Job, COMPARE_LEVEL *Level, const CHAR8 *Message, UINT8 Code) {
+  ReportDifference (Job, Level->Path, Message, 1, Code);
+}
+
+// Source and backup counts of a listed level: matching, or one of the two
+// one-sided cases. Returns false when the level fails.
+static BOOLEAN ExamineCounts (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN AtRoot) {
+  Job->ItemCount += Level->SourceCount > Level->BackupCount ? Level->SourceCount : Level->BackupCount;
+  CHAR8 Message[LINE_SIZE];
+  if (Level->SourceCount != 0 && Level->BackupCount != 0) {
+    MatchEntries (Level);
+  } else if (Level->SourceCount != 0) {
+    AsciiSPrint (Message, sizeof (Message), CmpTextBackupEmpty, (UINT32)Level->SourceCount);
+    FailLevel (Job, Level, Message, DIFF_BACKUP_EMPTY);
+    return FALSE;
+  } else if (Level->BackupCount != 0 && !AtRoot) {
+    // At the root each backup entry is reported as deleted when the level is left.
+    AsciiSPrint (Message, sizeof (Message), CmpTextSourceEmpty, (UINT32)Level->BackupCount);
+    FailLevel (Job, Level, Message, DIFF_SOURCE_EMPTY);
+    return FALSE;
+  }
+  return TRUE;
+}
+
+// One listing state of a level; the root runs them all at once.
+static BOOLEAN RunLevelState (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN AtRoot) {
+  switch (Level->State) {
+    case 0:
+      Level->HeadingAdded = 0;
+      Level->Cursor = 0;
+      Level->SourceEntries = nullptr;
+      Level->BackupEntries = nullptr;
+      Level->SourceCount = 0;
+      Level->BackupCount = 0;
+      Level->SourceHandle = 0;
+      Level->BackupHandle = 0;
+      Level->FileSize = 0;
+      Level->FileOffset = 0;
+      Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, Level->Path);
+      if (Level->SourceHandle == 0) {
+        Job->ItemCount++;
+        FailLevel (Job, Level, CmpTextFolderOpenFailed, DIFF_OPEN_FAILED);
+        return FALSE;
+      }
+      break;
+    case 1:
+      Level->BackupHandle = gFileDriver->OpenDirectory (Job->BackupVolume, Level->Path);
+      if (Level->BackupHandle == 0) {
+        FailLevel (Job, Level, CmpTextBackupFolderOpenFailed, DIFF_BACKUP_OPEN_FAILED);
+        Job->ItemCount++;
+        return FALSE;
+      }
+      break;
+    case 2: {
+      FILE_INFO SourceInfo;
+      FILE_INFO BackupInfo;
+      ZeroMem (&SourceInfo, sizeof (SourceInfo));
+      ZeroMem (&BackupInfo, sizeof (BackupInfo));
+      const CHAR8 *Message = nullptr;
+      UINT8 Code = 0;
+      if (!gFileDriver->GetFileInfo (Level->SourceHandle, &SourceInfo)) {
+        Message = CmpTextFolderUnusable;
+        Code = DIFF_INFO_FAILED;
+      } else if (!gFileDriver->GetFileInfo (Level->BackupHandle, &BackupInfo)) {
+        Message = CmpTextBackupFolderUnusable;
+        Code = DIFF_BACKUP_INFO_FAILED;
+      } else if ((SourceInfo.IsDirectory != 0) != (BackupInfo.IsDirectory != 0)) {
+        Message = CmpTextTypeDiffers;
+        Code = DIFF_TYPE_DIFFERS;
+      }
+      if (Message != nullptr) {
+        FailLevel (Job, Level, Message, Code);
+        Job->ItemCount++;
+        return FALSE;
+      }
+      Level->SourceEntries = gFileDriver->ReadDirectory (Level->SourceHandle, &Level->SourceCount);
+      if (Level->SourceEntries == nullptr) Level->SourceCount = 0;
+      break;
+    }
+    case 3:
+      Level->BackupEntries = gFileDriver->ReadDirectory (Level->BackupHandle, &Level->BackupCount);
+      if (Level->BackupEntries == nullptr) Level->BackupCount = 0;
+      break;
+    case 4:
+      CloseLevelHandles (Level);
+      if (!ExamineCounts (Job, Level, AtRoot)) return FALSE;
+      break;
+    default:
+      return TRUE;
+  }
+  Level->State++;
+  return TRUE;
+}
+
+BOOLEAN CompareRootLevel (COMPARE_JOB *Job, COMPARE_LEVEL *Level) {
+  Level->State = 0;
+  while (Level->State < LEVEL_STATE_PROCESSING) {
+    if (!RunLevelState (Job, Level, TRUE)) {
+      CloseLevelHandles (Level);
+      return FALSE;
+    }
+  }
+  return TRUE;
+}
+
+VOID StepLevel (COMPARE_JOB *Job, COMPARE_LEVEL *Level) {
+  if (Level->State >= LEVEL_STATE_PROCESSING) return;
+  if (!RunLevelState (Job, Level, FALSE)) Level->State = LEVEL_STATE_FAILED;
+}
+
+BOOLEAN StepEntry (COMPARE_JOB *Job) {
+  COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
+  if (Level->Cursor >= Level->SourceCount) return FALSE;
+  ReportProgress (Job, PROGRESS_ENTRY, nullptr);
+  DIRECTORY_ENTRY *Entry = &Level->SourceEntries[Level->Cursor];
+  if (Entry->Matched == 0) return FALSE;   // reported as new when the level is left
+  if (Entry->IsDirectory != 0) return PushLevel (Job, Entry);
+  return CompareFile (Job, Entry);
+}
+
+BOOLEAN NextEntry (COMPARE_JOB *Job) {
+  COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
+  CloseLevelHandles (Level);
+  Level->Cursor++;
+  for (;;) {
+    Level = &Job->Levels[Job->Depth];
+    if (Level->Cursor < Level->SourceCount) return TRUE;
+    if (!PopLevel (Job)) return FALSE;
+    ReportProgress (Job, PROGRESS_LEVEL, nullptr);
+    Job->Levels[Job->Depth].Cursor++;
+  }
+}
+
+BOOLEAN PushLevel (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
+  if (Job->Depth + 1 >= COMPARE_MAX_LEVELS) return FALSE;
+  COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
+  UINTN NameLength = 0;
+  while (NameLength < sizeof (Entry->Name) && Entry->Name[NameLength] != 0) NameLength++;
+  if ((UINTN)StringLength (Level->Path) + NameLength + 1 > 511) return FALSE;
+
+  COMPARE_LEVEL *Next = &Job->Levels[Job->Depth + 1];
+  CopyString (Next->Path, Level->Path);
+  AppendString (Next->Path, "\\"_a);
+  UINT16 PathLength = StringLength (Next->Path);
+  CopyMem (Next->Path + PathLength, Entry->Name, NameLength);
+  Next->Path[PathLength + NameLength] = 0;
+  Next->State = 0;
+  Job->Depth++;
+  ReportProgress (Job, PROGRESS_LEVEL, nullptr);
+  StepLevel (Job, Next);
+  return TRUE;
+}
+
+// Reports the entries of a finished level that have no partner on the other side.
+static VOID ReportUnmatched (COMPARE_JOB *Job, COMPARE_LEVEL *Level) {
+  if (Level->BackupCount == 0) return;
+  for (UINT16 B = 0; B < Level->BackupCount; B++) {
+    DIRECTORY_ENTRY *Entry = &Level->BackupEntries[B];
+    if (Level->SourceCount != 0 && Entry->Matched != 0) continue;
+    ReportDifference (Job, Entry->Name, Entry->IsDirectory != 0 ? CmpTextFolderDeleted : CmpTextFileDeleted,
+                      Entry->IsDirectory != 0, DIFF_DELETED);
+  }
+  for (UINT16 S = 0; S < Level->SourceCount; S++) {
+    DIRECTORY_ENTRY *Entry = &Level->SourceEntries[S];
+    if (Entry->Matched != 0) continue;
+    ReportDifference (Job, Entry->Name, Entry->IsDirectory != 0 ? CmpTextFolderNew : CmpTextFileNew,
+                      Entry->IsDirectory != 0, DIFF_NEW);
+  }
+}
+
+BOOLEAN PopLevel (COMPARE_JOB *Job) {
+  if (Job->Depth >= COMPARE_NO_LEVEL) return FALSE;
+  COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
+  if (Level->State == LEVEL_STATE_PROCESSING) ReportUnmatched (Job, Level);
+  ReleaseLevel (Level);
+  if (Job->Depth > 0) {
+    Job->Depth--;
+    return TRUE;
+  }
+  Job->Depth = COMPARE_NO_LEVEL;
+  Job->Done = 1;
+  Job->Result->TotalCount = Job->ItemCount;
+  return FALSE;
+}
+
+BOOLEAN CompareFile (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
+  COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
+  if (Level->SourceHandle != 0) return CompareChunk (Job);
+
+  // Level path, "\", name; a path that does not fit cannot be opened.
+  CopyStringN (gCompareScratchPath, Level->Path, sizeof (gCompareScratchPath));
+  UINT16 Before = AppendStringN (gCompareScratchPath, "\\"_a, sizeof (gCompareScratchPath));
+  UINT16 After = AppendStringN (gCompareScratchPath, Entry->Name, sizeof (gCompareScratchPath));
+  BOOLEAN Fits = Before == StringLength (Level->Path) + 1 && After == Before + StringLength (Entry->Name);
+
+  FILE_INFO SourceInfo;
+  FILE_INFO BackupInfo;
+  ZeroMem (&SourceInfo, sizeof (SourceInfo));
+  ZeroMem (&BackupInfo, sizeof (BackupInfo));
+  const CHAR8 *Message = nullptr;
+  UINT8 Code = 0;
+  if (!Fits || (Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, gCompareScratchPath)) == 0) {
+    Message = CmpTextOpenFailed;
+    Code = DIFF_OPEN_FAILED;
+  } else if (!gFileDriver->GetFileInfo (Level->SourceHandle, &SourceInfo)) {
+    Message = CmpTextInfoFailed;
+    Code = DIFF_INFO_FAILED;
+  } else if ((Level->BackupHandle = gFileDriver->OpenDirectory (Job->BackupVolume, gCompareScratchPath)) == 0) {
+    Message = CmpTextBackupOpenFailed;
+    Code = DIFF_BACKUP_OPEN_FAILED;
+  } else if (!gFileDriver->GetFileInfo (Level->BackupHandle, &BackupInfo)) {
+    Message = CmpTextBackupInfoFailed;
+    Code = DIFF_BACKUP_INFO_FAILED;
+  } else if (SourceInfo.IsDirectory != 0 || BackupInfo.IsDirectory != 0) {
+    Message = CmpTextIsADirectory;
+    Code = DIFF_TYPE_DIFFERS;
+  } else if (SourceInfo.Size != BackupInfo.Size || (SourceInfo.TimeStamp >> 8) != (BackupInfo.TimeStamp >> 8)) {
+    Message = CmpTextFileChanged;
+    Code = DIFF_CHANGED;
+  }
+  if (Message != nullptr) {
+    ReportDifference (Job, Entry->Name, Message, 0, Code);
+    CloseLevelHandles (Level);
+    return FALSE;
+  }
+  Level->FileOffset = 0;
+  Level->FileSize = SourceInfo.Size;
+  return TRUE;
+}
+
+BOOLEAN CompareChunk (COMPARE_JOB *Job) {
+  COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
+  if (Level->SourceHandle == 0 || Level->BackupHandle == 0 || Level->FileOffset >= Level->FileSize) return FALSE;
+  if (Job->CompareContents == 0) {
+    Level->FileOffset = Level->FileSize;   // equal size and time stamp count as equal
+    return FALSE;
+  }
+  const CHAR8 *Name = Level->Cursor < Level->SourceCount ? Level->SourceEntries[Level->Cursor].Name : ""_a;
+  UINT64 Left = Level->FileSize - Level->FileOffset;
+  UINT32 Count = Left < COMPARE_CHUNK_SIZE ? (UINT32)Left : COMPARE_CHUNK_SIZE;
+  if (gFileDriver->ReadAt (Level->SourceHandle, Level->FileOffset, Job->SourceBuffer, Count) != Count ||
+      gFileDriver->ReadAt (Level->BackupHandle, Level->FileOffset, Job->BackupBuffer, Count) != Count) {
+    ReportDifference (Job, Name, CmpTextReadError, 0, DIFF_READ_ERROR);
+    Level->FileOffset = Level->FileSize;
+    return FALSE;
+  }
+  if (CompareMem (Job->SourceBuffer, Job->BackupBuffer, Count) == 0) {
+    Level->FileOffset += Count;
+    return TRUE;
+  }
+  ReportDifference (Job, Name, CmpTextContentsDiffer, 0, DIFF_CHANGED);
+  Level->FileOffset = Level->FileSize;
+  return FALSE;
+}
