@@ -10,9 +10,9 @@
 // as are lines with neither "[" in front nor "=" anywhere. Spaces and tabs
 // around section names, keys and values are trimmed; the value is everything
 // after the first '='. A value written between double quotes loses the two
-// quotes and keeps its inner spaces ("Folder: "); other quotes stay. Section names and keys are
-// compared without regard to the case of ASCII letters; the first matching
-// line wins. Any other byte (non-ASCII, control bytes, NUL) is kept as it is.
+// quotes and keeps its inner spaces ("Folder: "); other quotes stay.
+// Section names and keys are compared without regard to the case of ASCII
+// letters; the first matching line wins. Any other byte (non-ASCII, control bytes, NUL) is kept as it is.
 #pragma once
 
 #include <cstddef>
