@@ -1,19 +1,96 @@
 // The stand-in control driver: list views, text views, combo boxes, file
 // trees and log views, each sending the notifications their users read.
+//
+// Behaviour of this control driver:
+// - Notifications go with SendMessage to the control's parent window, and
+//   only while that window's NotifyEnabled byte is non-zero.
+// - List view: a title row of line height + 6 pixels, rows of line height + 2;
+//   VisibleRows = (height - line height - 8) / (line height + 2). A scroll bar
+//   control exists while RowCount > VisibleRows. Cell texts are cut to the
+//   column's capacity less one byte (never inside a double-byte character).
+//   Selection changes by the user send NOTIFY_SELECTION (2 selected, 4 rows,
+//   6 current row, 10 id); opening a row NOTIFY_OPEN_ROW; a right click
+//   NOTIFY_CONTEXT (x, y relative to the list; the selection is kept).
+//   Typing a letter in a focused list moves to the next row whose name starts
+//   with the typed prefix and sends NOTIFY_SEARCH (2 = 0, 4 row count,
+//   6 = the row found + 1, 0 when none); Up/Down move the current row.
+// - In-place edits: BeginRename edits the first selected row (else the
+//   current row); BeginNewItem appends a row and edits it. The edit ends with
+//   NOTIFY_RENAME_DONE / NOTIFY_NEW_ITEM_DONE (2 row, 4 cancelled, 6 list id,
+//   pointer at 8 to the edit control whose Text is the typed text); the
+//   edit's row of a new item is removed after the notification.
+// - File tree: root item depth 0, each path component one level more; an
+//   item whose parent is in the tree is inserted after the parent's existing
+//   descendants (so expansion inserts children under their parent). A new-item
+//   edit is inserted under the selected item; its notification (code 7)
+//   carries the parent's path, a rename (code 8) the item's own path. A
+//   cancelled tree edit sends nothing and answers 0. Context clicks report
+//   screen positions and select the item.
+// - Combo box: no row chosen (0xFFFF) until one is; a choice sets both row
+//   fields and the control text, then sends NOTIFY_SELECTION.
+// - Log view: StartLogView clears the lines and keeps the path; AppendLine at
+//   0xFFFF appends (else inserts); at most 65535 lines. Context clicks send
+//   NOTIFY_LOG_CONTEXT with screen positions.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "env/environment.h"
 #include "services/control_driver.h"
 
 namespace env {
 
+struct ListColumnInfo {
+  std::string Title;
+  uint16_t Capacity = 0, Width = 0;
+  bool Sortable = false, RightAligned = false;
+};
+
 class ControlDriver {
  public:
   ControlDriver (Firmware &Fw, WindowBase &Windows, GuiDriver &Gui, uint32_t Version);
   ~ControlDriver ();
+  ControlDriver (const ControlDriver &) = delete;
+  ControlDriver &operator= (const ControlDriver &) = delete;
   CONTROL_DRIVER_PROTOCOL *Table ();
+
+  // ---- lists
+  void SelectRows (LIST_CONTROL *List, std::vector<uint16_t> Rows);
+  void ActivateRow (LIST_CONTROL *List, uint16_t Row);
+  void ContextClick (LIST_CONTROL *List, uint16_t X, uint16_t Y);
+  std::string CellText (LIST_CONTROL *List, uint8_t Column, uint16_t Row) const;
+  std::vector<ListColumnInfo> Columns (LIST_CONTROL *List) const;
+  std::vector<uint16_t> SelectedRows (LIST_CONTROL *List) const;
+  bool Editing (LIST_CONTROL *List) const;
+  uint16_t EditRow (LIST_CONTROL *List) const;         // 0xFFFF when not editing
+  void FinishEdit (LIST_CONTROL *List, const std::string &Text, bool Apply);
+  uint16_t RowHeight () const;
+  uint16_t HeaderHeight () const;
+
+  // ---- trees
+  std::vector<FILE_LIST_ITEM> TreeItems (FILE_LIST *Tree) const;
+  void ExpandTreeItem (FILE_LIST *Tree, uint16_t Index);
+  void SelectTreeItem (FILE_LIST *Tree, uint16_t Index);
+  void ActivateTreeItem (FILE_LIST *Tree, uint16_t Index);
+  void TreeContextClick (FILE_LIST *Tree, uint16_t Index, uint16_t X, uint16_t Y);
+  bool TreeEditing (FILE_LIST *Tree) const;
+  uint32_t FinishTreeEdit (FILE_LIST *Tree, const std::string &Text, bool Apply);
+
+  // ---- combo boxes
+  void ChooseComboRow (COMBO_BOX *Combo, uint16_t Row);
+  std::vector<std::string> ComboItems (COMBO_BOX *Combo) const;
+
+  // ---- log views
+  std::vector<std::string> LogLines (LOG_VIEW *View) const;
+  std::string LogPath (LOG_VIEW *View) const;
+  void SelectLogLine (LOG_VIEW *View, uint16_t Line);
+  void LogContextClick (LOG_VIEW *View, uint16_t X, uint16_t Y);
+
+  // ---- text views
+  std::string TextViewText (CONTROL *View) const;
 
   struct State;
  private:
