@@ -1,0 +1,28 @@
+// Pieces of the main window shared between its source files.
+#pragma once
+
+#include "filemanager/main_window.h"
+
+// Process-wide default size and cascade position of new main windows.
+extern UINT16 gDefaultWidth;
+extern UINT16 gDefaultHeight;
+extern UINT16 gCascadeX;
+extern UINT16 gCascadeY;
+
+// The menu-bar path field of the window, or null.
+CONTROL *MainPathField (MAIN_WINDOW *Window);
+// Lays the window out for a new size; refused below the minimum size.
+VOID ResizeMainWindow (MAIN_WINDOW *Window, UINT16 Width, UINT16 Height);
+// Smallest width and height a main window accepts.
+UINT16 MainMinimumWidth ();
+UINT16 MainMinimumHeight (MAIN_WINDOW *Window);
+
+VOID EFIAPI ExitCommand (VOID *Item, WINDOW_HEADER *Context);
+VOID EFIAPI AboutCommand (VOID *Item, WINDOW_HEADER *Context);
+
+// Formats a status text from a format taken from the resource file into a
+// 64-byte Buffer. Only integer conversions (%d %u %x %X, with zero padding
+// and width) and "%%" are honoured, at most ArgumentCount of them; a format that
+// asks for anything else is shown as it stands, so a damaged resource file
+// can never make the formatter read what was not passed.
+VOID FormatCounts (CHAR8 *Buffer, const CHAR8 *Format, UINT32 First, UINT32 Second, UINTN ArgumentCount);
