@@ -1,0 +1,265 @@
+// The jobio driver's clipboard on real temporary folders: copy, paste and
+// delete, and every refusal leaving the files exactly as they were.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <map>
+
+#include "env/files/file_driver.h"
+#include "env/jobio/jobio_driver.h"
+#include "support/driver_fixture.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Every entry below a folder: "<dir>" for folders, the bytes for files, and
+// the modification time, so that "nothing changed" can be checked exactly.
+struct Snapshot {
+  std::map<std::string, std::string> Content;
+  std::map<std::string, long long> Times;
+  bool operator== (const Snapshot &O) const { return Content == O.Content && Times == O.Times; }
+};
+
+long long MTimeNs (const fs::path &P) {
+  struct stat St;
+  if (lstat (P.c_str (), &St) != 0) return -1;
+  return (long long) St.st_mtim.tv_sec * 1000000000LL + St.st_mtim.tv_nsec;
+}
+
+Snapshot Take (const fs::path &Root) {
+  Snapshot S;
+  for (auto &E : fs::recursive_directory_iterator (Root)) {
+    std::string Rel = fs::relative (E.path (), Root).string ();
+    S.Content[Rel] = E.is_directory () ? "<dir>" : ReadHostFile (E.path ());
+    S.Times[Rel] = MTimeNs (E.path ());
+  }
+  return S;
+}
+
+void SetTime (const fs::path &P, time_t Seconds) {
+  struct timespec T[2] = {{Seconds, 0}, {Seconds, 250000000}};
+  utimensat (AT_FDCWD, P.c_str (), T, AT_SYMLINK_NOFOLLOW);
+}
+
+class ClipboardTest : public DriverTest {
+ protected:
+  bool AutoLoad () override { return false; }
+  void SetUp () override {
+    DriverTest::SetUp ();
+    Src = MakeVolume ("src");
+    Dst = MakeVolume ("dst");
+    Locked = MakeVolume ("locked", VOLUME_FLAG_WRITE_PROTECTED);
+    WriteFile (Src, "a.txt", "alpha");
+    WriteFile (Src, "docs/b.bin", std::string ("\0\1\2\3binary", 10));
+    WriteFile (Src, "docs/deep/c.txt", std::string (200000, 'c'));
+    MakeDir (Src, "docs/empty");
+    WriteFile (Dst, "keep.txt", "keep");
+    WriteFile (Locked, "x.txt", "locked data");
+    MakeDir (Locked, "sub");
+    SetTime (VolumePath (Src) / "a.txt", 1000000000);
+    SetTime (VolumePath (Src) / "docs/deep/c.txt", 1100000000);
+    SetTime (VolumePath (Src) / "docs/deep", 1200000000);
+    SetTime (VolumePath (Src) / "docs", 1300000000);
+    J = Env ().jobio ().Table ();
+  }
+  // A clipboard of Names in Dir on Volume.
+  UINT32 Clip (int Volume, const char *Dir, std::initializer_list<const char *> Names) {
+    UINT32 Id = J->BeginClipboard ((UINT8) Volume, (const CHAR8 *) Dir);
+    EXPECT_NE (Id, 0u);
+    for (const char *N : Names) EXPECT_TRUE (J->AddToClipboard (Id, (const CHAR8 *) N)) << N;
+    return Id;
+  }
+  UINT32 Paste (int Volume, const char *Dir) { return J->PasteClipboard ((UINT8) Volume, (const CHAR8 *) Dir); }
+
+  int Src = -1, Dst = -1, Locked = -1;
+  JOBIO_DRIVER_PROTOCOL *J = nullptr;
+};
+
+TEST_F (ClipboardTest, ClipboardIdsAndNames) {
+  EXPECT_EQ (J->HasClipboard (), FALSE);
+  UINT32 First = J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\");
+  EXPECT_NE (First, 0u);
+  EXPECT_EQ (J->HasClipboard (), FALSE) << "an empty clipboard holds nothing to paste";
+  EXPECT_TRUE (J->AddToClipboard (First, (const CHAR8 *) "a.txt"));
+  EXPECT_TRUE (J->AddToClipboard (First, (const CHAR8 *) "docs"));
+  EXPECT_EQ (J->HasClipboard (), TRUE);
+
+  // Names that are not entries of the directory, or not bare names.
+  for (const char *Bad : {"missing", ".", "..", "docs\\b.bin", "docs/b.bin", ""})
+    EXPECT_FALSE (J->AddToClipboard (First, (const CHAR8 *) Bad)) << Bad;
+  EXPECT_FALSE (J->AddToClipboard (First, nullptr));
+
+  // A new clipboard replaces the old one; the old id no longer adds names.
+  UINT32 Second = J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\docs\\");
+  EXPECT_NE (Second, 0u);
+  EXPECT_NE (Second, First);
+  EXPECT_EQ (J->HasClipboard (), FALSE);
+  EXPECT_FALSE (J->AddToClipboard (First, (const CHAR8 *) "a.txt"));
+  EXPECT_FALSE (J->AddToClipboard (0, (const CHAR8 *) "b.bin"));
+  EXPECT_TRUE (J->AddToClipboard (Second, (const CHAR8 *) "b.bin"));
+  EXPECT_TRUE (J->AddToClipboard (Second, (const CHAR8 *) "b.bin"));
+  EXPECT_EQ (Env ().jobio ().ClipboardNames (), std::vector<std::string> {"b.bin"});
+
+  // Missing directories and volumes give no clipboard and keep the current one.
+  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\nowhere"), 0u);
+  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\a.txt"), 0u);
+  EXPECT_EQ (J->BeginClipboard (20, (const CHAR8 *) "\\"), 0u);
+  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, nullptr), 0u);
+  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\..\\.."), 0u);
+  EXPECT_EQ (J->HasClipboard (), TRUE);
+
+  // A write-protected volume can still be copied from.
+  EXPECT_NE (J->BeginClipboard ((UINT8) Locked, (const CHAR8 *) "\\"), 0u);
+  // Every change of HasClipboard was announced: false->true, true->false,
+  // false->true, true->false.
+  EXPECT_EQ (Env ().jobio ().NotificationCount (), 4u);
+}
+
+TEST_F (ClipboardTest, PasteCopiesFilesAndFoldersWithTimes) {
+  Clip (Src, "\\", {"a.txt", "docs"});
+  Snapshot Before = Take (VolumePath (Src));
+  ASSERT_EQ (Paste (Dst, "\\"), 1u);
+  fs::path D = VolumePath (Dst);
+  EXPECT_EQ (ReadHostFile (D / "a.txt"), "alpha");
+  EXPECT_EQ (ReadHostFile (D / "docs/b.bin"), std::string ("\0\1\2\3binary", 10));
+  EXPECT_EQ (ReadHostFile (D / "docs/deep/c.txt"), std::string (200000, 'c'));
+  EXPECT_TRUE (fs::is_directory (D / "docs/empty"));
+  EXPECT_EQ (ReadHostFile (D / "keep.txt"), "keep");
+  EXPECT_EQ (MTimeNs (D / "a.txt"), 1000000000LL * 1000000000LL + 250000000);
+  EXPECT_EQ (MTimeNs (D / "docs/deep/c.txt"), 1100000000LL * 1000000000LL + 250000000);
+  EXPECT_EQ (MTimeNs (D / "docs/deep"), 1200000000LL * 1000000000LL + 250000000);
+  EXPECT_EQ (MTimeNs (D / "docs"), 1300000000LL * 1000000000LL + 250000000);
+  EXPECT_TRUE (Before == Take (VolumePath (Src))) << "the source is never changed by a paste";
+
+  // The clipboard stays: the same names paste again into another folder,
+  // also one below the source folder (a file is not a folder of itself).
+  EXPECT_EQ (J->HasClipboard (), TRUE);
+  MakeDir (Dst, "again");
+  EXPECT_EQ (Paste (Dst, "\\again"), 1u);
+  EXPECT_EQ (ReadHostFile (D / "again/docs/deep/c.txt"), std::string (200000, 'c'));
+  Clip (Src, "\\", {"a.txt"});
+  EXPECT_EQ (Paste (Src, "\\docs\\empty"), 1u);
+  EXPECT_EQ (ReadHostFile (VolumePath (Src) / "docs/empty/a.txt"), "alpha");
+}
+
+TEST_F (ClipboardTest, RefusedPastesChangeNothing) {
+  fs::path S = VolumePath (Src), D = VolumePath (Dst), L = VolumePath (Locked);
+  WriteFile (Dst, "sub/A.TXT", "other data");
+  Snapshot SrcBefore = Take (S), DstBefore = Take (D), LockedBefore = Take (L);
+  auto Unchanged = [&] (const char *What) {
+    EXPECT_TRUE (SrcBefore == Take (S)) << What;
+    EXPECT_TRUE (DstBefore == Take (D)) << What;
+    EXPECT_TRUE (LockedBefore == Take (L)) << What;
+  };
+
+  // Nothing to paste.
+  EXPECT_NE (Paste (Dst, "\\"), 1u);
+  Unchanged ("empty clipboard");
+
+  // A name clash (ASCII case ignored) refuses the whole paste, also the
+  // names that would not clash.
+  Clip (Src, "\\", {"docs", "a.txt"});
+  EXPECT_NE (Paste (Dst, "\\sub"), 1u);
+  Unchanged ("name clash");
+
+  // Pasting into the source folder itself clashes with every name.
+  EXPECT_NE (Paste (Src, "\\"), 1u);
+  Unchanged ("into the source folder");
+
+  // A folder into itself or one of its subfolders.
+  EXPECT_NE (Paste (Src, "\\docs"), 1u);
+  EXPECT_NE (Paste (Src, "\\docs\\deep"), 1u);
+  Unchanged ("into its own subfolder");
+
+  // Write-protected, missing or odd destinations.
+  EXPECT_NE (Paste (Locked, "\\"), 1u);
+  EXPECT_NE (Paste (Locked, "\\sub"), 1u);
+  EXPECT_NE (Paste (Dst, "\\nowhere"), 1u);
+  EXPECT_NE (Paste (Dst, "\\keep.txt"), 1u);
+  EXPECT_NE (Paste (Dst, "\\..\\..\\"), 1u);
+  EXPECT_NE (Paste (22, "\\"), 1u);
+  EXPECT_NE (J->PasteClipboard ((UINT8) Dst, nullptr), 1u);
+  Unchanged ("bad destination");
+
+  // A source that vanished after the copy.
+  Clip (Src, "\\", {"a.txt"});
+  fs::rename (S / "a.txt", S / "moved.txt");
+  SrcBefore = Take (S);
+  EXPECT_NE (Paste (Dst, "\\"), 1u);
+  Unchanged ("source gone");
+}
+
+TEST_F (ClipboardTest, FailureHalfWayRemovesWhatWasMade) {
+  fs::path S = VolumePath (Src), D = VolumePath (Dst);
+  Snapshot SrcBefore = Take (S), DstBefore = Take (D);
+  Clip (Src, "\\", {"a.txt", "docs"});
+  // a.txt (5 bytes) and b.bin (10 bytes) go through; c.txt breaks off.
+  Env ().jobio ().FailCopyAfter (5000);
+  EXPECT_NE (Paste (Dst, "\\"), 1u);
+  EXPECT_TRUE (DstBefore == Take (D)) << "the partial copy is removed, the old files kept";
+  EXPECT_TRUE (SrcBefore == Take (S));
+  // The next paste works again.
+  EXPECT_EQ (Paste (Dst, "\\"), 1u);
+  EXPECT_EQ (ReadHostFile (D / "docs/deep/c.txt"), std::string (200000, 'c'));
+}
+
+TEST_F (ClipboardTest, DeleteRemovesTreesAndEmptiesTheClipboard) {
+  fs::path S = VolumePath (Src), L = VolumePath (Locked);
+  // Nothing collected: nothing deleted.
+  EXPECT_EQ (J->DeleteClipboardFiles (), 0u);
+
+  // Write-protected volume: failure, nothing deleted, clipboard emptied.
+  Snapshot LockedBefore = Take (L);
+  Clip (Locked, "\\", {"x.txt", "sub"});
+  EXPECT_EQ (J->DeleteClipboardFiles (), 0u);
+  EXPECT_TRUE (LockedBefore == Take (L));
+  EXPECT_EQ (J->HasClipboard (), FALSE);
+
+  Clip (Src, "\\", {"docs", "a.txt"});
+  EXPECT_EQ (J->DeleteClipboardFiles (), 1u);
+  EXPECT_FALSE (fs::exists (S / "docs"));
+  EXPECT_FALSE (fs::exists (S / "a.txt"));
+  EXPECT_EQ (J->HasClipboard (), FALSE);
+  EXPECT_NE (Paste (Dst, "\\"), 1u) << "a deleted selection cannot be pasted";
+
+  // DeleteFile: one file or one empty folder; never a full folder, the root,
+  // a missing entry or anything on a write-protected volume.
+  WriteFile (Src, "f/one.txt", "1");
+  MakeDir (Src, "g");
+  EXPECT_FALSE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\f"));
+  EXPECT_TRUE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\f\\one.txt"));
+  EXPECT_TRUE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\f"));
+  EXPECT_TRUE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\g"));
+  EXPECT_FALSE (fs::exists (S / "g"));
+  EXPECT_FALSE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\"));
+  EXPECT_FALSE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\missing"));
+  EXPECT_FALSE (J->DeleteFile ((UINT8) Locked, (const CHAR8 *) "\\x.txt"));
+  EXPECT_EQ (ReadHostFile (L / "x.txt"), "locked data");
+  EXPECT_TRUE (fs::exists (S));
+}
+
+TEST_F (ClipboardTest, LinksNeverLeadOutOfTheVolume) {
+  fs::path S = VolumePath (Src), D = VolumePath (Dst);
+  TempFolder Outside;
+  WriteHostFile (Outside.Path () / "secret.txt", "secret");
+  fs::create_symlink (Outside.Path () / "secret.txt", S / "docs/out.txt");
+  fs::create_symlink (S / "a.txt", S / "docs/in.txt");
+  fs::create_directory_symlink (S, S / "docs/loop");
+  Clip (Src, "\\", {"docs"});
+  EXPECT_FALSE (J->AddToClipboard (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\docs"),
+                                   (const CHAR8 *) "out.txt"));
+  Clip (Src, "\\", {"docs"});
+  ASSERT_EQ (Paste (Dst, "\\"), 1u);
+  EXPECT_EQ (ReadHostFile (D / "docs/in.txt"), "alpha");
+  EXPECT_FALSE (fs::exists (fs::symlink_status (D / "docs/out.txt")));
+  EXPECT_FALSE (fs::exists (fs::symlink_status (D / "docs/loop")));
+  // Deleting the folder removes the links, never what they lead to.
+  Clip (Src, "\\", {"docs"});
+  EXPECT_EQ (J->DeleteClipboardFiles (), 1u);
+  EXPECT_EQ (ReadHostFile (Outside.Path () / "secret.txt"), "secret");
+  EXPECT_EQ (ReadHostFile (S / "a.txt"), "alpha");
+}
+
+}  // namespace

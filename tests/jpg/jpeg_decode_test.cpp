@@ -1,0 +1,181 @@
+// The JPG driver's DecodeJpeg: good pictures in every colour model, and cut,
+// garbage and oversized input failing cleanly without leaking pool memory.
+#include <cstdio>
+#include <vector>
+
+#include "env/jpg/jpg_driver.h"
+#include "support/driver_fixture.h"
+
+#define XMD_H
+#include <jpeglib.h>
+
+namespace {
+
+// A Width × Height picture of one colour (components per the colour space),
+// encoded at quality 100.
+std::vector<uint8_t> Encode (int Width, int Height, J_COLOR_SPACE Space, std::vector<uint8_t> Colour,
+                             bool Progressive = false, bool AdobeMarker = true) {
+  jpeg_compress_struct C;
+  jpeg_error_mgr E;
+  C.err = jpeg_std_error (&E);
+  jpeg_create_compress (&C);
+  unsigned char *Out = nullptr;
+  unsigned long OutSize = 0;
+  jpeg_mem_dest (&C, &Out, &OutSize);
+  C.image_width = Width;
+  C.image_height = Height;
+  C.input_components = (int) Colour.size ();
+  C.in_color_space = Space;
+  jpeg_set_defaults (&C);
+  jpeg_set_quality (&C, 100, TRUE);
+  if (Progressive) jpeg_simple_progression (&C);
+  if (!AdobeMarker) C.write_Adobe_marker = FALSE;
+  jpeg_start_compress (&C, TRUE);
+  std::vector<uint8_t> Row;
+  for (int X = 0; X < Width; X++) Row.insert (Row.end (), Colour.begin (), Colour.end ());
+  while (C.next_scanline < C.image_height) {
+    JSAMPROW P = Row.data ();
+    jpeg_write_scanlines (&C, &P, 1);
+  }
+  jpeg_finish_compress (&C);
+  std::vector<uint8_t> Bytes (Out, Out + OutSize);
+  jpeg_destroy_compress (&C);
+  free (Out);
+  return Bytes;
+}
+
+class JpegTest : public ::testing::Test {
+ protected:
+  env::Firmware Fw;
+  env::JpgDriver Driver {Fw, 1};
+  JPG_DRIVER_PROTOCOL *T = Driver.Table ();
+
+  struct Result {
+    bool Ok = false;
+    UINT32 Width = 0, Height = 0;
+    std::vector<uint32_t> Pixels;
+    bool HandedOut = false;
+  };
+  // Decodes and frees whatever pixel buffer was handed out.
+  Result Decode (const std::vector<uint8_t> &Bytes, size_t Size = SIZE_MAX) {
+    Result R;
+    UINT32 *Pixels = nullptr;
+    if (Size == SIZE_MAX) Size = Bytes.size ();
+    R.Ok = T->DecodeJpeg (&R.Width, &R.Height, &Pixels, Bytes.data (), (UINT32) Size);
+    if (Pixels) {
+      R.HandedOut = true;
+      EXPECT_EQ (Fw.BlockSize (Pixels), (size_t) R.Width * R.Height * 4);
+      if (R.Ok) R.Pixels.assign (Pixels, Pixels + (size_t) R.Width * R.Height);
+      Fw.FreePool (Pixels);
+    }
+    EXPECT_EQ (Fw.LiveAllocations (), 0u);
+    return R;
+  }
+};
+
+// True when every pixel is opaque and within 3 of the colour in each channel.
+::testing::AssertionResult AllNear (const std::vector<uint32_t> &Pixels, uint32_t Want) {
+  for (size_t I = 0; I < Pixels.size (); I++) {
+    uint32_t P = Pixels[I];
+    if ((P >> 24) != 0xFF) return ::testing::AssertionFailure () << "pixel " << I << " not opaque: " << std::hex << P;
+    for (int Shift : {16, 8, 0}) {
+      int A = (P >> Shift) & 0xFF, B = (Want >> Shift) & 0xFF;
+      if (A - B > 3 || B - A > 3)
+        return ::testing::AssertionFailure () << "pixel " << I << " is " << std::hex << P << ", want " << Want;
+    }
+  }
+  return ::testing::AssertionSuccess ();
+}
+
+TEST_F (JpegTest, DecodesEveryColourModelToOpaquePixels) {
+  Result Rgb = Decode (Encode (37, 21, JCS_RGB, {200, 40, 90}));
+  ASSERT_TRUE (Rgb.Ok);
+  EXPECT_EQ (Rgb.Width, 37u);
+  EXPECT_EQ (Rgb.Height, 21u);
+  ASSERT_EQ (Rgb.Pixels.size (), 37u * 21u);
+  EXPECT_TRUE (AllNear (Rgb.Pixels, 0xFFC8285A));
+
+  Result Gray = Decode (Encode (8, 300, JCS_GRAYSCALE, {77}));
+  ASSERT_TRUE (Gray.Ok);
+  EXPECT_EQ (Gray.Width, 8u);
+  EXPECT_EQ (Gray.Height, 300u);
+  EXPECT_TRUE (AllNear (Gray.Pixels, 0xFF4D4D4D));
+
+  // CMYK with an Adobe marker stores inverted ink (255 = no ink): red is
+  // no cyan, full magenta and yellow, no black.
+  Result Adobe = Decode (Encode (16, 16, JCS_CMYK, {255, 0, 0, 255}));
+  ASSERT_TRUE (Adobe.Ok);
+  EXPECT_TRUE (AllNear (Adobe.Pixels, 0xFFFF0000));
+  Result AdobeGrey = Decode (Encode (16, 16, JCS_CMYK, {255, 255, 255, 128}));
+  ASSERT_TRUE (AdobeGrey.Ok);
+  EXPECT_TRUE (AllNear (AdobeGrey.Pixels, 0xFF808080));
+  // Without the marker the ink is stored as it is.
+  Result Plain = Decode (Encode (16, 16, JCS_CMYK, {0, 0, 255, 0}, false, false));
+  ASSERT_TRUE (Plain.Ok);
+  EXPECT_TRUE (AllNear (Plain.Pixels, 0xFFFFFF00));
+
+  Result Progressive = Decode (Encode (64, 48, JCS_RGB, {10, 250, 128}, true));
+  ASSERT_TRUE (Progressive.Ok);
+  EXPECT_TRUE (AllNear (Progressive.Pixels, 0xFF0AFA80));
+}
+
+TEST_F (JpegTest, BrokenStreamsFailCleanly) {
+  std::vector<uint8_t> Good = Encode (64, 64, JCS_RGB, {1, 2, 3});
+  // Cut in the middle of the picture data, and just after the header.
+  for (size_t Cut : {Good.size () / 2, Good.size () - 20, (size_t) 200, (size_t) 2, (size_t) 0}) {
+    Result R = Decode (Good, Cut);
+    EXPECT_FALSE (R.Ok) << "cut at " << Cut;
+  }
+  // Garbage: random bytes, a JPEG start followed by noise, text.
+  std::vector<uint8_t> Noise (5000);
+  uint32_t Seed = 7;
+  for (auto &B : Noise) B = (uint8_t) ((Seed = Seed * 1664525u + 1013904223u) >> 24);
+  EXPECT_FALSE (Decode (Noise).Ok);
+  Noise[0] = 0xFF;
+  Noise[1] = 0xD8;
+  Noise[2] = 0xFF;
+  EXPECT_FALSE (Decode (Noise).Ok);
+  std::vector<uint8_t> Text {'h', 'e', 'l', 'l', 'o'};
+  EXPECT_FALSE (Decode (Text).Ok);
+  // Picture data overwritten with noise after a good header.
+  std::vector<uint8_t> Damaged = Good;
+  for (size_t I = Damaged.size () / 2; I < Damaged.size () - 2; I++) Damaged[I] = (uint8_t) (I * 37);
+  EXPECT_FALSE (Decode (Damaged).Ok);
+  // Null arguments.
+  UINT32 W = 0, H = 0, *Pixels = nullptr;
+  EXPECT_FALSE (T->DecodeJpeg (&W, &H, &Pixels, nullptr, 100));
+  EXPECT_FALSE (T->DecodeJpeg (nullptr, &H, &Pixels, Good.data (), (UINT32) Good.size ()));
+  EXPECT_FALSE (T->DecodeJpeg (&W, &H, nullptr, Good.data (), (UINT32) Good.size ()));
+  EXPECT_EQ (Pixels, nullptr);
+  EXPECT_EQ (Fw.LiveAllocations (), 0u);
+}
+
+// Rewrites the size fields of the first SOF marker.
+std::vector<uint8_t> WithSize (std::vector<uint8_t> Bytes, uint16_t Width, uint16_t Height) {
+  for (size_t I = 2; I + 9 < Bytes.size (); I++)
+    if (Bytes[I] == 0xFF && (Bytes[I + 1] == 0xC0 || Bytes[I + 1] == 0xC2)) {
+      Bytes[I + 5] = (uint8_t) (Height >> 8);
+      Bytes[I + 6] = (uint8_t) Height;
+      Bytes[I + 7] = (uint8_t) (Width >> 8);
+      Bytes[I + 8] = (uint8_t) Width;
+      return Bytes;
+    }
+  ADD_FAILURE () << "no SOF marker";
+  return Bytes;
+}
+
+TEST_F (JpegTest, HugeDimensionsAreRefusedBeforeAllocating) {
+  std::vector<uint8_t> Small = Encode (16, 16, JCS_RGB, {9, 9, 9});
+  // Over 16384 in one direction, and 16384 × 4097 (over 64 M pixels).
+  for (auto [W, H] : {std::pair<uint16_t, uint16_t> {16385, 8}, {8, 16385}, {65535, 65535}, {16384, 4097}}) {
+    Result R = Decode (WithSize (Small, W, H));
+    EXPECT_FALSE (R.Ok) << W << "x" << H;
+    EXPECT_FALSE (R.HandedOut) << W << "x" << H;
+  }
+  // Within the limits, but the data does not cover the picture: a clean failure
+  // whose pixel block (if any) was handed out and freed above.
+  Result Short = Decode (WithSize (Small, 2000, 2000));
+  EXPECT_FALSE (Short.Ok);
+}
+
+}  // namespace

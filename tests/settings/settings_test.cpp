@@ -1,0 +1,155 @@
+// The settings service: values by section and key, kept in a file that is
+// replaced atomically on Commit, and malformed files that never crash.
+#include <filesystem>
+
+#include "env/settings/settings_service.h"
+#include "support/driver_fixture.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Get (SETTINGS_SERVICE_PROTOCOL *T, env::Firmware &Fw, const char *Section, const char *Key,
+                 bool *Found = nullptr) {
+  CHAR8 *Value = nullptr;
+  BOOLEAN Ok = T->GetValue ((const CHAR8 *) Section, (const CHAR8 *) Key, &Value);
+  if (Found) *Found = Ok;
+  if (!Ok) return "<none>";
+  EXPECT_NE (Value, nullptr);
+  EXPECT_GT (Fw.BlockSize (Value), 0u) << "the value is a pool block the caller frees";
+  std::string Out ((const char *) Value);
+  Fw.FreePool (Value);
+  return Out;
+}
+
+void Set (SETTINGS_SERVICE_PROTOCOL *T, const char *Section, const char *Key, const char *Value) {
+  T->SetValue ((const CHAR8 *) Section, (const CHAR8 *) Key, (const CHAR8 *) Value);
+}
+
+std::vector<std::string> FolderNames (const fs::path &Folder) {
+  std::vector<std::string> Names;
+  for (auto &E : fs::directory_iterator (Folder)) Names.push_back (E.path ().filename ().string ());
+  std::sort (Names.begin (), Names.end ());
+  return Names;
+}
+
+TEST (SettingsService, ValuesPersistAcrossAReload) {
+  TempFolder Dir;
+  fs::path File = Dir.Path () / "settings.ini";
+  env::Firmware Fw;
+  {
+    env::SettingsService S (Fw, File.string (), 1);
+    SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
+    EXPECT_EQ (T->Version, 1u);
+    bool Found = true;
+    EXPECT_EQ (Get (T, Fw, "Surveyor", "Position", &Found), "<none>");
+    EXPECT_FALSE (Found);
+    Set (T, "Surveyor", "Position", "100,100,400,300");
+    Set (T, "FileCmp", "Position", "5,6,700,500");
+    Set (T, "Surveyor", "Position", "120,80,640,480");   // replaces the first value
+    Set (T, "Paths", "Last", "\\efi\\boot\\x.efi");
+    Set (T, "Paths", "Empty", "");
+    EXPECT_EQ (S.SetValueCount (), 5u);
+    EXPECT_FALSE (fs::exists (File)) << "SetValue alone does not write";
+    // Sections and keys are found without regard to ASCII case.
+    EXPECT_EQ (Get (T, Fw, "surveyor", "POSITION"), "120,80,640,480");
+    T->Commit ();
+    EXPECT_EQ (S.CommitCount (), 1u);
+    EXPECT_EQ (Fw.LiveAllocations (), 0u);
+  }
+  env::SettingsService Reloaded (Fw, File.string (), 1);
+  SETTINGS_SERVICE_PROTOCOL *T = Reloaded.Table ();
+  EXPECT_EQ (Get (T, Fw, "Surveyor", "Position"), "120,80,640,480");
+  EXPECT_EQ (Get (T, Fw, "FileCmp", "Position"), "5,6,700,500");
+  EXPECT_EQ (Get (T, Fw, "Paths", "Last"), "\\efi\\boot\\x.efi");
+  EXPECT_EQ (Get (T, Fw, "Paths", "Empty"), "");
+  EXPECT_EQ (Get (T, Fw, "Paths", "Position"), "<none>");
+  EXPECT_EQ (Fw.LiveAllocations (), 0u);
+  // Bad arguments are refused, never dereferenced.
+  EXPECT_FALSE (T->GetValue ((const CHAR8 *) "Surveyor", nullptr, nullptr));
+  CHAR8 *Value = nullptr;
+  EXPECT_FALSE (T->GetValue ((const CHAR8 *) "Surveyor", nullptr, &Value));
+  T->SetValue (nullptr, nullptr, nullptr);
+}
+
+TEST (SettingsService, CommitReplacesTheFileAtomically) {
+  TempFolder Dir;
+  fs::path File = Dir.Path () / "s.ini";
+  WriteHostFile (File, "[A]\nKey=old\n");
+  env::Firmware Fw;
+  env::SettingsService S (Fw, File.string (), 1);
+  SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
+  fs::create_hard_link (File, Dir.Path () / "old-link");
+  Set (T, "A", "Key", "new");
+  Set (T, "B", "Other", "two");
+  EXPECT_EQ (ReadHostFile (File), "[A]\nKey=old\n");
+  T->Commit ();
+  // A new file took the old one's place (rename), so a second link to the old
+  // file still shows the old content and no temporary file is left behind.
+  EXPECT_EQ (ReadHostFile (Dir.Path () / "old-link"), "[A]\nKey=old\n");
+  EXPECT_EQ (ReadHostFile (File), "[A]\nKey=new\n\n[B]\nOther=two\n");
+  EXPECT_EQ ((FolderNames (Dir.Path ())), (std::vector<std::string> {"old-link", "s.ini"}));
+
+  // A line break in a value cannot split it into two lines of the file.
+  Set (T, "A", "Key", "first\nInjected=1");
+  Set (T, "A", "Bad=Key", "x");
+  Set (T, "A", "", "x");
+  T->Commit ();
+  EXPECT_EQ (ReadHostFile (File), "[A]\nKey=first\n\n[B]\nOther=two\n");
+
+  // A file that cannot be written keeps the values in memory; nothing crashes.
+  env::SettingsService Lost (Fw, (Dir.Path () / "no-such-folder" / "s.ini").string (), 1);
+  Set (Lost.Table (), "A", "K", "v");
+  Lost.Table ()->Commit ();
+  EXPECT_EQ (Lost.CommitCount (), 1u);
+  EXPECT_EQ (Get (Lost.Table (), Fw, "A", "K"), "v");
+  EXPECT_FALSE (fs::exists (Dir.Path () / "no-such-folder"));
+}
+
+TEST (SettingsService, MemoryOnlyStoreCountsCommits) {
+  env::Firmware Fw;
+  env::SettingsService S (Fw, "", 1);
+  SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
+  Set (T, "Surveyor", "Position", "1,2,3,4");
+  T->Commit ();
+  T->Commit ();
+  EXPECT_EQ (S.SetValueCount (), 1u);
+  EXPECT_EQ (S.CommitCount (), 2u);
+  EXPECT_EQ (Get (T, Fw, "Surveyor", "Position"), "1,2,3,4");
+}
+
+TEST (SettingsService, MalformedFilesAreReadAsFarAsTheyMakeSense) {
+  TempFolder Dir;
+  fs::path File = Dir.Path () / "bad.ini";
+  std::string Text = "\xEF\xBB\xBFtop=level\r\n; comment=1\n# other=2\n[Unclosed\nno equals sign here\n=no key\n"
+                     "  [ Spaced ]  \n  key one  = value with = sign  \r\n";
+  Text += std::string ("nul\0byte=hidden\n", 16);
+  Text += "[Dup]\nk=1\nK=2\n[\xFF\xFE]\n\x80=\x81\nlast=no newline";
+  WriteHostFile (File, Text);
+  env::Firmware Fw;
+  env::SettingsService S (Fw, File.string (), 1);
+  SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
+  EXPECT_EQ (Get (T, Fw, nullptr, "top"), "level");
+  EXPECT_EQ (Get (T, Fw, "", "comment"), "<none>");
+  EXPECT_EQ (Get (T, Fw, "Spaced", "key one"), " value with = sign  ");
+  EXPECT_EQ (Get (T, Fw, "Spaced", "nul"), "<none>");
+  EXPECT_EQ (Get (T, Fw, "Dup", "k"), "2");
+  EXPECT_EQ (Get (T, Fw, "\xFF\xFE", "\x80"), "\x81");
+  EXPECT_EQ (Get (T, Fw, "\xFF\xFE", "last"), "no newline");
+
+  // Random bytes: any result, no crash.
+  std::string Noise;
+  uint32_t Seed = 12345;
+  for (int I = 0; I < 100000; I++) {
+    Seed = Seed * 1103515245u + 12345u;
+    Noise += (char) (Seed >> 24);
+  }
+  S.Parse (Noise);
+  S.Parse ("");
+  S.Parse ("[");
+  S.Parse ("=");
+  EXPECT_EQ (Get (T, Fw, nullptr, "top"), "<none>");
+  EXPECT_EQ (Fw.LiveAllocations (), 0u);
+}
+
+}  // namespace
