@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include "env/images/bmp_decoder.h"
+#include "env/images/ico_decoder.h"
+#include "images/image_builders.h"
+
+using namespace test_images;
+using env::DecodedImage;
+
+namespace {
+
+uint32_t Gradient (int X, int Y) { return 0xFF000000u | (X * 40) << 16 | (Y * 50) << 8 | (X + Y); }
+
+bool Bmp (const Bytes &B, DecodedImage &Img) { return env::DecodeBmp (B.data (), B.size (), Img); }
+
+}  // namespace
+
+TEST (BmpDecoder, DecodesTrueColourRowsInEitherOrder) {
+  for (bool TopDown : {false, true}) {
+    // Width 3 at 24 bits makes rows of 9 bytes padded to 12.
+    Bytes B = MakeBmp (3, 2, 24, TopDown, Gradient);
+    DecodedImage Img;
+    ASSERT_TRUE (Bmp (B, Img)) << TopDown;
+    EXPECT_EQ (Img.Width, 3u);
+    EXPECT_EQ (Img.Height, 2u);
+    EXPECT_EQ (Img.BitsPerPixel, 24);
+    ASSERT_EQ (Img.Pixels.size (), 6u);
+    for (int Y = 0; Y < 2; Y++)
+      for (int X = 0; X < 3; X++) EXPECT_EQ (Img.Pixels[Y * 3 + X], Gradient (X, Y)) << X << "," << Y;
+  }
+}
+
+TEST (BmpDecoder, ThirtyTwoBitKeepsAlphaUnlessNoneIsSet) {
+  auto WithAlpha = [] (int X, int Y) { return (uint32_t (X * 100) << 24) | 0x123456u; };
+  DecodedImage Img;
+  ASSERT_TRUE (Bmp (MakeBmp (2, 1, 32, false, WithAlpha), Img));
+  EXPECT_EQ (Img.BitsPerPixel, 32);
+  EXPECT_EQ (Img.Pixels[0], 0x00123456u);
+  EXPECT_EQ (Img.Pixels[1], 0x64123456u);
+
+  // Every fourth byte zero: the byte is unused and the picture opaque.
+  ASSERT_TRUE (Bmp (MakeBmp (2, 2, 32, false, [] (int, int) { return 0x00ABCDEFu; }), Img));
+  EXPECT_EQ (Img.BitsPerPixel, 32);
+  for (uint32_t Px : Img.Pixels) EXPECT_EQ (Px, 0xFFABCDEFu);
+}
+
+TEST (BmpDecoder, DecodesPalettisedImages) {
+  std::vector<uint32_t> Palette {0x000000, 0xFF0000, 0x00FF00, 0x0000FF};
+  auto Index = [] (int X, int Y) { return uint32_t ((X + Y) % 4); };
+  for (int Bpp : {4, 8}) {
+    DecodedImage Img;
+    ASSERT_TRUE (Bmp (MakeBmp (5, 3, Bpp, false, Index, Palette), Img)) << Bpp;
+    EXPECT_EQ (Img.BitsPerPixel, Bpp);
+    for (int Y = 0; Y < 3; Y++)
+      for (int X = 0; X < 5; X++) EXPECT_EQ (Img.Pixels[Y * 5 + X], 0xFF000000u | Palette[(X + Y) % 4]);
+  }
+  DecodedImage Mono;
+  ASSERT_TRUE (Bmp (MakeBmp (9, 2, 1, true, [] (int X, int) { return uint32_t (X % 2); }, {0xFFFFFF, 0x000080}), Mono));
+  EXPECT_EQ (Mono.Pixels[0], 0xFFFFFFFFu);
+  EXPECT_EQ (Mono.Pixels[1], 0xFF000080u);
+  EXPECT_EQ (Mono.Pixels[9 + 8], 0xFFFFFFFFu);
+}
+
+TEST (BmpDecoder, RefusesDamagedAndHostileFiles) {
+  const Bytes Good = MakeBmp (4, 4, 24, false, Gradient);
+  DecodedImage Img;
+  ASSERT_TRUE (Bmp (Good, Img));
+  // Every truncation fails cleanly and leaves an empty image.
+  for (size_t Len = 0; Len < Good.size (); Len++) {
+    EXPECT_FALSE (env::DecodeBmp (Good.data (), Len, Img)) << Len;
+    EXPECT_TRUE (Img.Pixels.empty ());
+  }
+  EXPECT_FALSE (env::DecodeBmp (nullptr, 100, Img));
+
+  auto Patched = [&] (size_t At, uint32_t V, bool Word = false) {
+    Bytes B = Good;
+    if (Word) Put16 (B, At, V); else Put32 (B, At, V);
+    return B;
+  };
+  EXPECT_FALSE (Bmp (Patched (0, 'X', true), Img));                  // signature
+  EXPECT_FALSE (Bmp (Patched (18, 0), Img));                         // zero width
+  EXPECT_FALSE (Bmp (Patched (22, 0), Img));                         // zero height
+  EXPECT_FALSE (Bmp (Patched (18, uint32_t (-4)), Img));             // negative width
+  EXPECT_FALSE (Bmp (Patched (18, 20000), Img));                     // wider than any screen
+  EXPECT_FALSE (Bmp (Patched (18, 0x7FFFFFFF), Img));
+  EXPECT_FALSE (Bmp (Patched (28, 7, true), Img));                   // bits per pixel
+  EXPECT_FALSE (Bmp (Patched (30, 1), Img));                         // run-length compression
+  EXPECT_FALSE (Bmp (Patched (10, 0xFFFFFFF0u), Img));               // pixel offset past the end
+  EXPECT_FALSE (Bmp (Patched (14, 0xFFFFFFFFu), Img));               // header size
+
+  // 16384 x 16384 is within each side's limit but over the pixel limit;
+  // the header alone must not make the decoder allocate.
+  Bytes Huge = Patched (18, 16384);
+  Put32 (Huge, 22, 16384);
+  EXPECT_FALSE (Bmp (Huge, Img));
+  // A palette that claims more entries than the file holds.
+  Bytes Pal = MakeBmp (2, 2, 8, false, [] (int, int) { return 0u; }, {0x112233});
+  Put32 (Pal, 14 + 32, 200);
+  EXPECT_FALSE (Bmp (Pal, Img));
+}
+
+TEST (IcoDecoder, DecodesDibImagesWithTheirMasks) {
+  auto Mask = [] (int X, int Y) { return X == Y; };
+  Bytes Ico = MakeIco ({
+      {16, 16, 8, MakeIconDib (16, 16, 8, [] (int X, int) { return uint32_t (X % 2); }, Mask, {0xFF0000, 0x0000FF})},
+      {32, 32, 32, MakeIconDib (32, 32, 32, [] (int X, int) { return X < 16 ? 0x80102030u : 0xFF405060u; },
+                                [] (int, int) { return true; })},
+      {8, 8, 24, MakeIconDib (8, 8, 24, Gradient, [] (int X, int) { return X >= 4; })},
+  });
+  ASSERT_EQ (env::IcoImageCount (Ico.data (), Ico.size ()), 3u);
+
+  DecodedImage Img;
+  ASSERT_TRUE (env::DecodeIcoImage (Ico.data (), Ico.size (), 0, Img));
+  EXPECT_EQ (Img.Width, 16u);
+  EXPECT_EQ (Img.Height, 16u);   // the header's doubled height is halved
+  EXPECT_EQ (Img.Pixels[0 * 16 + 0], 0x00FF0000u);   // on the diagonal: masked out
+  EXPECT_EQ (Img.Pixels[0 * 16 + 1], 0xFF0000FFu);
+  EXPECT_EQ (Img.Pixels[5 * 16 + 4], 0xFFFF0000u);
+  EXPECT_EQ (Img.Pixels[5 * 16 + 5] >> 24, 0u);
+
+  // A 32-bit image with its own alpha ignores the mask.
+  ASSERT_TRUE (env::DecodeIcoImage (Ico.data (), Ico.size (), 1, Img));
+  EXPECT_EQ (Img.BitsPerPixel, 32);
+  EXPECT_EQ (Img.Pixels[3], 0x80102030u);
+  EXPECT_EQ (Img.Pixels[20], 0xFF405060u);
+
+  ASSERT_TRUE (env::DecodeIcoImage (Ico.data (), Ico.size (), 2, Img));
+  EXPECT_EQ (Img.Pixels[3 * 8 + 2], Gradient (2, 3));
+  EXPECT_EQ (Img.Pixels[3 * 8 + 6], Gradient (6, 3) & 0x00FFFFFFu);
+
+  EXPECT_FALSE (env::DecodeIcoImage (Ico.data (), Ico.size (), 3, Img));
+}
+
+TEST (IcoDecoder, DecodesPngImages) {
+  auto Px = [] (int X, int Y) { return (uint32_t (X * 8) << 24) | uint32_t (Y * 4) << 16 | 0x00AA55u; };
+  Bytes Ico = MakeIco ({{32, 32, 32, MakePng (32, 32, Px)}});
+  DecodedImage Img;
+  ASSERT_TRUE (env::DecodeIcoImage (Ico.data (), Ico.size (), 0, Img));
+  EXPECT_EQ (Img.Width, 32u);
+  EXPECT_EQ (Img.BitsPerPixel, 32);
+  // 8-bit output keeps straight (not premultiplied) colour.
+  EXPECT_EQ (Img.Pixels[5 * 32 + 31], Px (31, 5));
+  EXPECT_EQ (Img.Pixels[0] >> 24, 0u);
+
+  // A damaged PNG stream fails without crashing.
+  Bytes Broken = Ico;
+  for (size_t I = 6 + 16 + 40; I < Broken.size (); I += 7) Broken[I] ^= 0x5A;
+  EXPECT_FALSE (env::DecodeIcoImage (Broken.data (), Broken.size (), 0, Img));
+}
+
+TEST (IcoDecoder, PicksTheBestSize) {
+  auto Solid = [] (uint32_t C) { return [C] (int, int) { return C; }; };
+  auto None = [] (int, int) { return false; };
+  Bytes Ico = MakeIco ({
+      {48, 48, 24, MakeIconDib (48, 48, 24, Solid (0x000048), None)},
+      {16, 16, 24, MakeIconDib (16, 16, 24, Solid (0x000016), None)},
+      {32, 32, 24, MakeIconDib (32, 32, 24, Solid (0x000032), None)},
+  });
+  DecodedImage Img;
+  auto Best = [&] (unsigned Size) {
+    EXPECT_TRUE (env::DecodeIcoBestSize (Ico.data (), Ico.size (), Size, Img));
+    return Img.Width;
+  };
+  EXPECT_EQ (Best (32), 32u);
+  EXPECT_EQ (Best (16), 16u);
+  EXPECT_EQ (Best (20), 32u);   // the smallest larger one
+  EXPECT_EQ (Best (64), 48u);   // nothing larger: the largest
+  EXPECT_EQ (Img.Pixels[0], 0xFF000048u);
+}
+
+TEST (IcoDecoder, RefusesDamagedAndHostileFiles) {
+  const Bytes Good = MakeIco ({{16, 16, 24, MakeIconDib (16, 16, 24, Gradient, [] (int, int) { return false; })}});
+  DecodedImage Img;
+  ASSERT_TRUE (env::DecodeIcoImage (Good.data (), Good.size (), 0, Img));
+  // Cut anywhere before the end of the colour rows: refused. (A missing AND
+  // mask alone leaves the image opaque.)
+  for (size_t Len = 0; Len < 6 + 16 + 40 + 16 * 16 * 3; Len++) {
+    EXPECT_FALSE (env::DecodeIcoImage (Good.data (), Len, 0, Img)) << Len;
+  }
+  Bytes B = Good;
+  Put16 (B, 2, 3);                       // neither icon nor cursor
+  EXPECT_EQ (env::IcoImageCount (B.data (), B.size ()), 0u);
+  B = Good;
+  Put16 (B, 4, 60000);                   // more entries than the file holds
+  EXPECT_EQ (env::IcoImageCount (B.data (), B.size ()), 0u);
+  EXPECT_FALSE (env::DecodeIcoBestSize (B.data (), B.size (), 16, Img));
+  B = Good;
+  Put32 (B, 6 + 12, 0xFFFFFF00u);        // image offset past the end
+  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
+  B = Good;
+  Put32 (B, 6 + 8, 0xFFFFFFFFu);         // image size past the end
+  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
+  B = Good;
+  Put32 (B, 6 + 16 + 8, 0);              // DIB of height zero
+  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
+  B = Good;
+  Put32 (B, 6 + 16 + 4, 100000);         // DIB wider than allowed
+  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
+  EXPECT_EQ (env::IcoImageCount (nullptr, 0), 0u);
+}

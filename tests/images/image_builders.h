@@ -1,0 +1,124 @@
+// Hand-made BMP, ICO and PNG files for the decoder tests.
+#pragma once
+
+#include <png.h>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace test_images {
+
+using Bytes = std::vector<uint8_t>;
+
+inline void Put16 (Bytes &B, size_t At, uint32_t V) {
+  B[At] = V & 0xFF;
+  B[At + 1] = (V >> 8) & 0xFF;
+}
+inline void Put32 (Bytes &B, size_t At, uint32_t V) {
+  for (int I = 0; I < 4; I++) B[At + I] = (V >> (8 * I)) & 0xFF;
+}
+
+// Colour of pixel (x, y) (top-down) as 0xAARRGGBB; for palettised images the
+// low byte is the palette index.
+using PixelFn = std::function<uint32_t (int X, int Y)>;
+
+// A 40-byte info header, palette and rows (bottom-up unless TopDown).
+// HeightField is what the header says (ICO: twice the image height).
+inline Bytes MakeDib (int W, int H, int Bpp, bool TopDown, const PixelFn &Px, int HeightField,
+                      const std::vector<uint32_t> &Palette = {}) {
+  Bytes B (40, 0);
+  Put32 (B, 0, 40);
+  Put32 (B, 4, static_cast<uint32_t> (W));
+  Put32 (B, 8, static_cast<uint32_t> (TopDown ? -HeightField : HeightField));
+  Put16 (B, 12, 1);
+  Put16 (B, 14, Bpp);
+  Put32 (B, 32, static_cast<uint32_t> (Palette.size ()));
+  for (uint32_t C : Palette) {
+    B.push_back (C & 0xFF), B.push_back ((C >> 8) & 0xFF), B.push_back ((C >> 16) & 0xFF), B.push_back (0);
+  }
+  size_t Stride = ((size_t (W) * Bpp + 31) / 32) * 4;
+  for (int R = 0; R < H; R++) {
+    int Y = TopDown ? R : H - 1 - R;
+    Bytes Row (Stride, 0);
+    for (int X = 0; X < W; X++) {
+      uint32_t V = Px (X, Y);
+      switch (Bpp) {
+        case 1: Row[X / 8] |= (V & 1) << (7 - X % 8); break;
+        case 4: Row[X / 2] |= (V & 0xF) << (X % 2 ? 0 : 4); break;
+        case 8: Row[X] = V & 0xFF; break;
+        case 24: Row[X * 3] = V & 0xFF, Row[X * 3 + 1] = (V >> 8) & 0xFF, Row[X * 3 + 2] = (V >> 16) & 0xFF; break;
+        case 32: for (int I = 0; I < 4; I++) Row[X * 4 + I] = (V >> (8 * I)) & 0xFF; break;
+      }
+    }
+    B.insert (B.end (), Row.begin (), Row.end ());
+  }
+  return B;
+}
+
+inline Bytes MakeBmp (int W, int H, int Bpp, bool TopDown, const PixelFn &Px, const std::vector<uint32_t> &Palette = {}) {
+  Bytes Dib = MakeDib (W, H, Bpp, TopDown, Px, H, Palette);
+  Bytes B (14, 0);
+  B[0] = 'B', B[1] = 'M';
+  Put32 (B, 2, static_cast<uint32_t> (14 + Dib.size ()));
+  Put32 (B, 10, static_cast<uint32_t> (14 + 40 + Palette.size () * 4));
+  B.insert (B.end (), Dib.begin (), Dib.end ());
+  return B;
+}
+
+// An icon DIB: colour rows then the AND mask (Mask(x, y) true = transparent).
+inline Bytes MakeIconDib (int W, int H, int Bpp, const PixelFn &Px, const std::function<bool (int, int)> &Mask,
+                          const std::vector<uint32_t> &Palette = {}) {
+  Bytes B = MakeDib (W, H, Bpp, false, Px, H * 2, Palette);
+  size_t Stride = ((size_t (W) + 31) / 32) * 4;
+  for (int R = 0; R < H; R++) {
+    int Y = H - 1 - R;
+    Bytes Row (Stride, 0);
+    for (int X = 0; X < W; X++) {
+      if (Mask (X, Y)) Row[X / 8] |= 1 << (7 - X % 8);
+    }
+    B.insert (B.end (), Row.begin (), Row.end ());
+  }
+  return B;
+}
+
+inline Bytes MakePng (int W, int H, const PixelFn &Px) {
+  std::vector<uint32_t> Pixels (size_t (W) * H);
+  for (int Y = 0; Y < H; Y++)
+    for (int X = 0; X < W; X++) Pixels[size_t (Y) * W + X] = Px (X, Y);
+  png_image Image {};
+  Image.version = PNG_IMAGE_VERSION;
+  Image.width = W;
+  Image.height = H;
+  Image.format = PNG_FORMAT_BGRA;
+  png_alloc_size_t Size = 0;
+  png_image_write_to_memory (&Image, nullptr, &Size, 0, Pixels.data (), 0, nullptr);
+  Bytes Out (Size);
+  png_image_write_to_memory (&Image, Out.data (), &Size, 0, Pixels.data (), 0, nullptr);
+  Out.resize (Size);
+  return Out;
+}
+
+struct IcoImage {
+  int Width, Height, Bpp;
+  Bytes Data;
+};
+
+inline Bytes MakeIco (const std::vector<IcoImage> &Images) {
+  Bytes B (6 + 16 * Images.size (), 0);
+  Put16 (B, 2, 1);
+  Put16 (B, 4, static_cast<uint32_t> (Images.size ()));
+  for (size_t I = 0; I < Images.size (); I++) {
+    size_t E = 6 + 16 * I;
+    B[E] = Images[I].Width & 0xFF;
+    B[E + 1] = Images[I].Height & 0xFF;
+    Put16 (B, E + 4, 1);
+    Put16 (B, E + 6, Images[I].Bpp);
+    Put32 (B, E + 8, static_cast<uint32_t> (Images[I].Data.size ()));
+    Put32 (B, E + 12, static_cast<uint32_t> (B.size ()));
+    B.insert (B.end (), Images[I].Data.begin (), Images[I].Data.end ());
+  }
+  return B;
+}
+
+}  // namespace test_images
