@@ -1,0 +1,235 @@
+// Path rules and confinement, handles, ReadAt, ReadFile and GetFileInfo.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "files/file_test_support.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The contents of the file opened at Path, through a handle, or "<none>".
+std::string ReadThrough (FILE_DRIVER_PROTOCOL *T, UINT8 Volume, const std::string &Path) {
+  UINT16 Handle = T->OpenDirectory (Volume, reinterpret_cast<const CHAR8 *> (Path.c_str ()));
+  if (Handle == 0) return "<none>";
+  char Buffer[64] = {};
+  UINT32 Got = T->ReadAt (Handle, 0, Buffer, sizeof (Buffer) - 1);
+  T->CloseHandle (Handle);
+  return std::string (Buffer, Got);
+}
+
+}  // namespace
+
+TEST_F (FileDriverTest, PathsAreNormalisedAndConfined) {
+  MountMain ();
+  Write ("a/b/c.txt", "deep");
+  Write ("top.txt", "top");
+  TempFolder Outside;
+  WriteHostFile (Outside.Path () / "secret.txt", "secret");
+  UINT8 V = static_cast<UINT8> (Volume_);
+
+  EXPECT_EQ (ReadThrough (T, V, "\\a\\b\\c.txt"), "deep");
+  EXPECT_EQ (ReadThrough (T, V, "\\\\a\\\\b\\c.txt"), "deep");          // doubled separators
+  EXPECT_EQ (ReadThrough (T, V, "\\a\\.\\b\\..\\b\\c.txt"), "deep");    // "." and ".." inside
+  EXPECT_EQ (ReadThrough (T, V, "\\a\\..\\top.txt"), "top");
+  EXPECT_EQ (ReadThrough (T, V, "a\\b\\c.txt"), "deep");               // no leading separator
+  EXPECT_NE (T->OpenDirectory (V, A ("\\a\\b\\")), 0);                 // trailing separator
+  EXPECT_EQ (Files_->OpenHandleCount (), 1u);
+  Files_->Unmount (Volume_);                                           // closes it
+  EXPECT_EQ (Files_->OpenHandleCount (), 0u);
+  MountMain ();
+  V = static_cast<UINT8> (Volume_);
+
+  // Leaving the volume is refused however it is spelled.
+  EXPECT_EQ (ReadThrough (T, V, "\\..\\" + Outside.Path ().filename ().string () + "\\secret.txt"), "<none>");
+  EXPECT_EQ (ReadThrough (T, V, "\\a\\..\\..\\top.txt"), "<none>");
+  EXPECT_EQ (ReadThrough (T, V, ".."), "<none>");
+  EXPECT_EQ (ReadThrough (T, V, "\\a/b\\c.txt"), "<none>");            // "/" inside a name
+  EXPECT_EQ (ReadThrough (T, V, "\\a\\b/../../top.txt"), "<none>");
+  EXPECT_EQ (T->OpenDirectory (V, nullptr), 0);
+  EXPECT_EQ (T->OpenDirectory (V, A ("\\missing")), 0);
+  EXPECT_EQ (T->OpenDirectory (24, A ("\\")), 0);
+  EXPECT_EQ (T->OpenDirectory (static_cast<UINT8> (V + 1), A ("\\")), 0);
+
+  // 511 bytes are accepted, 512 refused.
+  std::string Long = "\\top.txt";
+  while (Long.size () < 511) Long.insert (0, "\\");
+  EXPECT_EQ (ReadThrough (T, V, Long), "top");
+  EXPECT_EQ (ReadThrough (T, V, "\\" + Long), "<none>");
+
+  // Symbolic links: followed inside the volume, never out of it.
+  fs::create_symlink (Outside.Path (), Host ("escape"));
+  fs::create_symlink (Outside.Path () / "secret.txt", Host ("secret.txt"));
+  fs::create_symlink ("a/b", Host ("inner"));
+  fs::create_symlink ("nowhere", Host ("dangling"));
+  EXPECT_EQ (ReadThrough (T, V, "\\escape\\secret.txt"), "<none>");
+  EXPECT_EQ (ReadThrough (T, V, "\\secret.txt"), "<none>");
+  EXPECT_EQ (ReadThrough (T, V, "\\inner\\c.txt"), "deep");
+  UINT64 Size = 99;
+  EXPECT_EQ (T->ReadFile (V, A ("\\secret.txt"), &Size), nullptr);
+  EXPECT_EQ (Size, 0u);
+  EXPECT_EQ (Names (List ("\\")), (std::vector<std::string> {"a", "inner", "top.txt"}));
+  EXPECT_TRUE (Files_->ResolvePath (Volume_, "\\escape\\secret.txt").empty ());
+  EXPECT_EQ (Files_->ResolvePath (Volume_, "\\a\\b"), fs::canonical (Host ("a/b")).string ());
+}
+
+TEST_F (FileDriverTest, HandlesAreLimitedAndReusedOnlyAfterClosing) {
+  MountMain ();
+  Dir ("d");
+  UINT8 V = static_cast<UINT8> (Volume_);
+  std::vector<UINT16> Open;
+  for (size_t I = 0; I < env::kMaxOpenHandles; I++) {
+    UINT16 Handle = T->OpenDirectory (V, A ("\\d"));
+    ASSERT_NE (Handle, 0) << I;
+    ASSERT_LE (Handle, 0x7FFF);
+    for (UINT16 Other : Open) ASSERT_NE (Other, Handle);
+    Open.push_back (Handle);
+  }
+  EXPECT_EQ (T->OpenDirectory (V, A ("\\d")), 0);   // table full
+  T->CloseHandle (Open[10]);
+  UINT16 Again = T->OpenDirectory (V, A ("\\d"));
+  EXPECT_NE (Again, 0);
+  EXPECT_NE (Again, Open[10]);                      // a closed number is not handed out at once
+  Open[10] = Again;
+  for (UINT16 Handle : Open) T->CloseHandle (Handle);
+  EXPECT_EQ (Files_->OpenHandleCount (), 0u);
+  T->CloseHandle (Open[0]);                         // twice, and bad numbers: harmless
+  T->CloseHandle (0);
+  T->CloseHandle (0xFFFF);
+
+  // Handle numbers wrap within 1..0x7FFF.
+  for (int I = 0; I < 0x8000 + 5; I++) {
+    UINT16 Handle = T->OpenDirectory (V, A ("\\d"));
+    ASSERT_GE (Handle, 1);
+    ASSERT_LE (Handle, 0x7FFF);
+    T->CloseHandle (Handle);
+  }
+}
+
+TEST_F (FileDriverTest, ReadAtStopsAtTheEndAndReachesBeyondFourGigabytes) {
+  MountMain ();
+  Write ("small.bin", "0123456789");
+  UINT8 V = static_cast<UINT8> (Volume_);
+  UINT16 Handle = T->OpenDirectory (V, A ("\\small.bin"));
+  ASSERT_NE (Handle, 0);
+  char Buffer[32];
+  std::memset (Buffer, '#', sizeof (Buffer));
+  EXPECT_EQ (T->ReadAt (Handle, 4, Buffer, 32), 6u);
+  EXPECT_EQ (std::string (Buffer, 7), "456789#");
+  EXPECT_EQ (T->ReadAt (Handle, 10, Buffer, 4), 0u);
+  EXPECT_EQ (T->ReadAt (Handle, 1ull << 40, Buffer, 4), 0u);
+  EXPECT_EQ (T->ReadAt (Handle, ~0ull, Buffer, 4), 0u);
+  EXPECT_EQ (T->ReadAt (Handle, 0, nullptr, 4), 0u);
+  EXPECT_EQ (T->ReadAt (Handle, 0, Buffer, 0), 0u);
+  T->CloseHandle (Handle);
+  EXPECT_EQ (T->ReadAt (Handle, 0, Buffer, 4), 0u);   // closed
+
+  UINT16 Folder = T->OpenDirectory (V, A ("\\"));
+  EXPECT_EQ (T->ReadAt (Folder, 0, Buffer, 4), 0u);    // a directory has no bytes
+  T->CloseHandle (Folder);
+
+  // A sparse file of 4 GiB + 16 bytes with marks past the 32-bit boundary.
+  const uint64_t Big = (4ull << 30) + 16;
+  int Fd = ::open (Host ("big.img").c_str (), O_CREAT | O_WRONLY, 0644);
+  ASSERT_GE (Fd, 0);
+  ASSERT_EQ (::ftruncate (Fd, static_cast<off_t> (Big)), 0);
+  ASSERT_EQ (::pwrite (Fd, "HIGH", 4, static_cast<off_t> ((4ull << 30) + 8)), 4);
+  ASSERT_EQ (::pwrite (Fd, "LOW", 3, 8), 3);
+  ::close (Fd);
+  Handle = T->OpenDirectory (V, A ("\\big.img"));
+  ASSERT_NE (Handle, 0);
+  std::memset (Buffer, 0, sizeof (Buffer));
+  EXPECT_EQ (T->ReadAt (Handle, (4ull << 30) + 8, Buffer, 32), 8u);
+  EXPECT_EQ (std::string (Buffer, 4), "HIGH");
+  EXPECT_EQ (T->ReadAt (Handle, 8, Buffer, 3), 3u);   // offset taken as 64 bits, not wrapped
+  EXPECT_EQ (std::string (Buffer, 3), "LOW");
+  FILE_INFO Info;
+  ASSERT_TRUE (T->GetFileInfo (Handle, &Info));
+  EXPECT_EQ (Info.Size, Big);
+  T->CloseHandle (Handle);
+
+  // ReadFile refuses such a file (over 256 MiB) without reading it.
+  UINTN Size = 5;
+  EXPECT_EQ (T->ReadFile (V, A ("\\big.img"), &Size), nullptr);
+  EXPECT_EQ (Size, 0u);
+}
+
+TEST_F (FileDriverTest, ReadFileHandsOverAPoolBlock) {
+  MountMain ();
+  std::string Bytes;
+  for (int I = 0; I < 3000; I++) Bytes.push_back (static_cast<char> (I * 7));
+  Write ("data.bin", Bytes);
+  Write ("empty.txt", "");
+  Dir ("folder");
+  UINT8 V = static_cast<UINT8> (Volume_);
+
+  size_t Before = Fw_.LiveAllocations ();
+  UINTN Size = 0;
+  auto *Data = static_cast<char *> (T->ReadFile (V, A ("\\data.bin"), &Size));
+  ASSERT_NE (Data, nullptr);
+  EXPECT_EQ (Size, 3000u);
+  EXPECT_EQ (std::string (Data, Size), Bytes);
+  EXPECT_EQ (Fw_.LiveAllocations (), Before + 1);
+  EXPECT_GE (Fw_.BlockSize (Data), 3000u);
+  Fw_.FreePool (Data);
+
+  Size = 9;
+  void *Empty = T->ReadFile (V, A ("\\empty.txt"), &Size);
+  ASSERT_NE (Empty, nullptr);
+  EXPECT_EQ (Size, 0u);
+  Fw_.FreePool (Empty);
+
+  EXPECT_EQ (T->ReadFile (V, A ("\\folder"), &Size), nullptr);
+  EXPECT_EQ (T->ReadFile (V, A ("\\missing"), &Size), nullptr);
+  EXPECT_EQ (T->ReadFile (V, A ("\\data.bin"), nullptr), nullptr);
+  EXPECT_EQ (Fw_.LiveAllocations (), Before);
+}
+
+TEST_F (FileDriverTest, FileInfoDescribesTheOpenObject) {
+  MountMain ();
+  Write ("f.txt", std::string (1234, 'z'));
+  Dir ("sub");
+  struct timespec Times[2] = {{1700000000, 500000000}, {1700000000, 500000000}};
+  ASSERT_EQ (utimensat (AT_FDCWD, Host ("f.txt").c_str (), Times, 0), 0);
+  UINT8 V = static_cast<UINT8> (Volume_);
+  struct stat Host_;
+  ASSERT_EQ (stat (Host ("f.txt").c_str (), &Host_), 0);
+
+  UINT16 File = T->OpenDirectory (V, A ("\\f.txt"));
+  ASSERT_NE (File, 0);
+  FILE_INFO Info;
+  std::memset (&Info, 0xEE, sizeof (Info));
+  ASSERT_TRUE (T->GetFileInfo (File, &Info));
+  EXPECT_EQ (Info.Size, 1234u);
+  EXPECT_EQ (Info.TimeStamp, (1700000000ull << 8) | 128);   // half a second = 128/256
+  EXPECT_EQ (Info.EntryWord, static_cast<UINT32> (Host_.st_ino));
+  EXPECT_EQ (Info.IsDirectory, 0);
+  EXPECT_EQ (reinterpret_cast<UINT8 *> (&Info)[40], 0xEE);   // bytes 40..47 untouched
+
+  FILE_INFO Again;
+  ASSERT_TRUE (T->GetFileInfo (static_cast<UINT16> (File | FILE_HANDLE_INFO_BIT), &Again));
+  EXPECT_EQ (std::memcmp (&Again, &Info, 40), 0);
+
+  // The entry word agrees with the listing's.
+  auto Root = List ("\\");
+  ASSERT_EQ (Root.size (), 2u);
+  EXPECT_EQ (Root[1].EntryWord, Info.EntryWord);
+  T->CloseHandle (File);
+
+  UINT16 Folder = T->OpenDirectory (V, A ("\\sub"));
+  ASSERT_TRUE (T->GetFileInfo (static_cast<UINT16> (Folder | FILE_HANDLE_INFO_BIT), &Info));
+  EXPECT_EQ (Info.IsDirectory, 1);
+  EXPECT_EQ (Info.Size, 0u);
+  EXPECT_EQ (Info.EntryWord, Root[0].EntryWord);
+  T->CloseHandle (Folder);
+
+  EXPECT_FALSE (T->GetFileInfo (Folder, &Info));      // closed
+  EXPECT_FALSE (T->GetFileInfo (0, &Info));
+  EXPECT_FALSE (T->GetFileInfo (FILE_HANDLE_INFO_BIT, &Info));
+  UINT16 Root_ = T->OpenDirectory (V, A ("\\"));
+  EXPECT_FALSE (T->GetFileInfo (Root_, nullptr));
+  T->CloseHandle (Root_);
+}
