@@ -1,0 +1,166 @@
+// Volume records, the service registry, and the operations that change files:
+// CreateDirectory, RenamePath, FlushVolume, with write protection.
+#include <cstring>
+
+#include "files/file_test_support.h"
+
+namespace fs = std::filesystem;
+
+TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
+  EXPECT_EQ (T->Version, 9u);
+  EXPECT_EQ (reinterpret_cast<UINT8 *> (T) + 8, reinterpret_cast<UINT8 *> (&T->Volumes[0]));
+  for (auto &Record : T->Volumes) EXPECT_EQ (Record.InUse, 0u);
+
+  env::VolumeSpec Spec;
+  Spec.Folder = Main_.Path ().string ();
+  Spec.Flags = VOLUME_FLAG_COMPARE_1;
+  Spec.Kind = VOLUME_KIND_REOPEN;
+  Spec.FileSystemType = 2;
+  Spec.Label = "C:";
+  int First = Files_->Mount (Spec);
+  ASSERT_EQ (First, 0);
+  const VOLUME_RECORD &R = T->Volumes[0];
+  EXPECT_NE (R.InUse, 0u);
+  EXPECT_NE (R.Offered, 0u);
+  EXPECT_EQ (R.Kind, 3);
+  EXPECT_EQ (R.Flags, 0x81);
+  EXPECT_EQ (R.FileSystemType, 2);
+  EXPECT_STREQ (reinterpret_cast<const char *> (R.Label), "C:");
+
+  // Without a label the folder's last component names the volume.
+  TempFolder Other;
+  fs::create_directories (Other.Path () / "Backup Disk");
+  int Second = Mount (Other.Path () / "Backup Disk" / "");
+  ASSERT_EQ (Second, 1);
+  EXPECT_STREQ (reinterpret_cast<const char *> (T->Volumes[1].Label), "Backup Disk");
+  EXPECT_EQ (Files_->HostPath (1), fs::canonical (Other.Path () / "Backup Disk").string ());
+
+  EXPECT_EQ (Mount (Main_.Path () / "no such folder"), -1);
+  WriteHostFile (Main_.Path () / "plain.txt", "x");
+  EXPECT_EQ (Mount (Main_.Path () / "plain.txt"), -1);
+
+  // 24 slots; a freed slot is taken again first.
+  for (int I = 2; I < VOLUME_COUNT; I++) ASSERT_EQ (Mount (Main_.Path ()), I);
+  EXPECT_EQ (Mount (Main_.Path ()), -1);
+  EXPECT_TRUE (Files_->Unmount (5));
+  EXPECT_EQ (T->Volumes[5].InUse, 0u);
+  EXPECT_EQ (T->Volumes[5].Offered, 0u);
+  EXPECT_EQ (T->Volumes[5].Label[0], 0);
+  EXPECT_TRUE (Files_->HostPath (5).empty ());
+  EXPECT_FALSE (Files_->Unmount (5));
+  EXPECT_FALSE (Files_->Unmount (24));
+  EXPECT_EQ (Mount (Main_.Path ()), 5);
+}
+
+TEST_F (FileDriverTest, LocateServiceFindsRegisteredTables) {
+  EFI_GUID First = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
+  EFI_GUID Second = First;
+  Second.Data4[7] = 9;
+  int TableA = 1, TableB = 2;
+  EXPECT_EQ (T->LocateService (&First), nullptr);
+  Files_->RegisterService (First, &TableA);
+  Files_->RegisterService (Second, &TableB);
+  EXPECT_EQ (T->LocateService (&First), &TableA);
+  EXPECT_EQ (T->LocateService (&Second), &TableB);
+  Files_->RegisterService (First, &TableB);   // replaces
+  EXPECT_EQ (T->LocateService (&First), &TableB);
+  Files_->UnregisterService (First);
+  EXPECT_EQ (T->LocateService (&First), nullptr);
+  EXPECT_EQ (T->LocateService (&Second), &TableB);
+  EXPECT_EQ (T->LocateService (nullptr), nullptr);
+}
+
+TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
+  MountMain ();
+  Write ("file.txt", "x");
+  UINT8 V = static_cast<UINT8> (Volume_);
+
+  EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir"), 1));
+  EXPECT_TRUE (fs::is_directory (Host ("new dir")));
+  EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir\\inner\\"), 1));
+  EXPECT_TRUE (fs::is_directory (Host ("new dir/inner")));
+
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new dir"), 1));        // exists
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\file.txt"), 1));       // a file of that name
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\missing\\child"), 1)); // no parent
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\"), 1));               // the root
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\..\\escape"), 1));
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\a/b"), 1));
+  EXPECT_FALSE (T->CreateDirectory (V, A (("\\" + std::string (192, 'd')).c_str ()), 1));
+  EXPECT_TRUE (T->CreateDirectory (V, A (("\\" + std::string (191, 'd')).c_str ()), 1));
+  EXPECT_FALSE (T->CreateDirectory (V, nullptr, 1));
+  EXPECT_FALSE (T->CreateDirectory (static_cast<UINT8> (V + 1), A ("\\x"), 1));
+  EXPECT_FALSE (fs::exists (Main_.Path ().parent_path () / "escape"));
+}
+
+TEST_F (FileDriverTest, RenameTakesABareNewName) {
+  MountMain ();
+  Write ("a.txt", "A");
+  Write ("b.txt", "B");
+  Dir ("folder");
+  UINT8 V = static_cast<UINT8> (Volume_);
+
+  EXPECT_TRUE (T->RenamePath (V, A ("\\a.txt"), A ("renamed.txt")));
+  EXPECT_EQ (ReadHostFile (Host ("renamed.txt")), "A");
+  EXPECT_FALSE (fs::exists (Host ("a.txt")));
+  EXPECT_TRUE (T->RenamePath (V, A ("\\folder\\"), A ("Folder 2")));
+  EXPECT_TRUE (fs::is_directory (Host ("Folder 2")));
+
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A ("b.txt")));      // would overwrite
+  EXPECT_EQ (ReadHostFile (Host ("b.txt")), "B");
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A ("")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), nullptr));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A ("sub\\x.txt")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A ("..\\x.txt")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A ("x/y")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A ("..")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A (".")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\renamed.txt"), A (std::string (192, 'r').c_str ())));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\missing.txt"), A ("x.txt")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\"), A ("x")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\..\\renamed.txt"), A ("x")));
+  EXPECT_EQ (ReadHostFile (Host ("renamed.txt")), "A");
+  EXPECT_TRUE (T->RenamePath (V, A ("\\renamed.txt"), A (std::string (191, 'r').c_str ())));
+  EXPECT_EQ (ReadHostFile (Host (std::string (191, 'r'))), "A");
+}
+
+TEST_F (FileDriverTest, WriteProtectedVolumesRefuseChangesButRead) {
+  Write ("keep.txt", "kept");
+  Dir ("folder");
+  MountMain (VOLUME_FLAG_WRITE_PROTECTED);
+  UINT8 V = static_cast<UINT8> (Volume_);
+  EXPECT_TRUE (Files_->WriteProtected (Volume_));
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new"), 1));
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new.txt"), 0));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\keep.txt"), A ("other.txt")));
+  EXPECT_FALSE (T->RenamePath (V, A ("\\folder"), A ("other")));
+  EXPECT_FALSE (fs::exists (Host ("new")));
+  EXPECT_EQ (ReadHostFile (Host ("keep.txt")), "kept");
+  EXPECT_TRUE (fs::is_directory (Host ("folder")));
+
+  // Reading still works.
+  EXPECT_EQ (Names (List ("\\")), (std::vector<std::string> {"folder", "keep.txt"}));
+  UINTN Size = 0;
+  void *Data = T->ReadFile (V, A ("\\keep.txt"), &Size);
+  ASSERT_NE (Data, nullptr);
+  EXPECT_EQ (Size, 4u);
+  Fw_.FreePool (Data);
+
+  // The comparison flags 0x81 and 0x82 carry bit 7 as well.
+  Files_->Unmount (Volume_);
+  MountMain (VOLUME_FLAG_COMPARE_2);
+  EXPECT_FALSE (T->CreateDirectory (static_cast<UINT8> (Volume_), A ("\\new"), 1));
+  Files_->Unmount (Volume_);
+  MountMain (0x01);
+  EXPECT_TRUE (T->CreateDirectory (static_cast<UINT8> (Volume_), A ("\\new"), 1));
+}
+
+TEST_F (FileDriverTest, FlushVolumeCountsItsCalls) {
+  MountMain ();
+  EXPECT_EQ (Files_->FlushCount (Volume_), 0u);
+  T->FlushVolume (static_cast<UINT8> (Volume_));
+  T->FlushVolume (static_cast<UINT8> (Volume_));
+  T->FlushVolume (200);   // no such volume: ignored
+  EXPECT_EQ (Files_->FlushCount (Volume_), 2u);
+  EXPECT_EQ (Files_->FlushCount (Volume_ + 1), 0u);
+}
