@@ -123,10 +123,11 @@ UINTN FormatInto (Sink<OutChar> &Out, const FormatChar *Format, va_list Marker) 
   if (Format == nullptr) return 0;
   for (const FormatChar *F = Format; *F != 0; F++) {
     UINT32 C = static_cast<UINT32> (*F);
-    if (C == '\n') {
+    if (C == '\n' || (C == '\r' && F[1] == '\n')) {
+      // "\n", "\r\n" and "\n\r" all end a line as "\r\n".
       Out.Put ('\r');
       Out.Put ('\n');
-      if (F[1] == '\r') F++;
+      if (F[1] == (C == '\n' ? '\r' : '\n')) F++;
       continue;
     }
     if (C != '%') {

@@ -1,0 +1,175 @@
+// The 8-bit string, number and path helpers, against their documented results.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "util/string_utils.h"
+
+namespace {
+
+const CHAR8 *A (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
+std::string S (const CHAR8 *Text) { return Text ? reinterpret_cast<const char *> (Text) : "(null)"; }
+
+// A destination buffer filled with a guard byte, to see what was written.
+struct Buffer {
+  explicit Buffer (const char *Start = "") {
+    std::memset (Bytes, 0x5A, sizeof (Bytes));
+    std::strcpy (reinterpret_cast<char *> (Bytes), Start);
+  }
+  CHAR8 Bytes[2048];
+  CHAR8 *operator() () { return Bytes; }
+  std::string Text () const { return reinterpret_cast<const char *> (Bytes); }
+};
+
+std::string Fitted (const char *Start, const std::string &Source, UINT16 Limit) {
+  Buffer B (Start);
+  AppendFitted (B (), A (Source.c_str ()), Limit);
+  return B.Text ();
+}
+
+TEST (StringHelpers, LengthCopyAndAppend) {
+  EXPECT_EQ (StringLength (A ("")), 0);
+  EXPECT_EQ (StringLength (A ("abc")), 3);
+
+  Buffer B;
+  CopyStringN (B (), A ("abcdef"), 4);
+  EXPECT_EQ (B.Text (), "abc");
+  CopyStringN (B (), A ("abc"), 4);  // fits with its terminator: whole
+  EXPECT_EQ (B.Text (), "abc");
+  CopyStringN (B (), A ("abcdef"), 1);
+  EXPECT_EQ (B.Text (), "");
+  Buffer Untouched ("xy");
+  CopyStringN (Untouched (), A ("abcdef"), 0);
+  EXPECT_EQ (Untouched.Text (), "xy");
+
+  Buffer C ("ab");
+  EXPECT_EQ (AppendString (C (), A ("cde")), 5);
+  EXPECT_EQ (C.Text (), "abcde");
+  EXPECT_EQ (AppendStringN (C (), A ("fghij"), 8), 7);
+  EXPECT_EQ (C.Text (), "abcdefg");
+  EXPECT_EQ (C ()[7], 0);
+  EXPECT_EQ (AppendStringN (C (), A ("zz"), 8), 7);  // already fills size - 1
+  EXPECT_EQ (AppendStringN (C (), A ("zz"), 5), 7);  // longer than the size: unchanged
+  EXPECT_EQ (C.Text (), "abcdefg");
+}
+
+TEST (StringHelpers, EqualityWithAndWithoutCase) {
+  EXPECT_TRUE (StringsEqual (A ("abc"), A ("abc")));
+  EXPECT_FALSE (StringsEqual (A ("abc"), A ("abcd")));
+  EXPECT_FALSE (StringsEqual (A ("abcd"), A ("abc")));
+  EXPECT_FALSE (StringsEqual (A ("ABC"), A ("abc")));
+  EXPECT_TRUE (StringsEqual (A (""), A ("")));
+
+  EXPECT_TRUE (NamesEqual (A ("ABC"), A ("abc")));
+  EXPECT_TRUE (NamesEqual (A ("Read Me.TXT"), A ("read me.txt")));
+  EXPECT_FALSE (NamesEqual (A ("ab"), A ("abc")));
+  EXPECT_FALSE (NamesEqual (A ("a["), A ("a{")));  // only letters fold
+  // Bytes of 0x80 or more are compared as they are (0xC1 is not 0xE1).
+  EXPECT_FALSE (NamesEqual (A ("\xC1\xA1"), A ("\xE1\xA1")));
+  EXPECT_TRUE (NamesEqual (A ("\xC1\xA1x"), A ("\xC1\xA1X")));
+}
+
+TEST (StringHelpers, AppendFittedCutsInTheMiddle) {
+  const std::string Letters = "abcdefghijklmnopqrstuvwxyz";
+  EXPECT_EQ (Fitted ("", Letters, 16), "abcdef...uvwxyz");
+  EXPECT_EQ (Fitted ("", "short", 16), "short");
+  // A source of exactly the room left is shortened too.
+  EXPECT_EQ (Fitted ("", Letters.substr (0, 15), 16), "abcdef...jklmno");
+  EXPECT_EQ (Fitted ("", Letters.substr (0, 14), 16), Letters.substr (0, 14));
+  // No room: unchanged; a little room: the first bytes only.
+  EXPECT_EQ (Fitted ("prefix", Letters, 6), "prefix");
+  EXPECT_EQ (Fitted ("prefix", Letters, 3), "prefix");
+  EXPECT_EQ (Fitted ("prefix", Letters, 10), "prefixabc");
+  EXPECT_EQ (Fitted ("dir\\", Letters, 4 + 1 + 15), "dir\\abcdef...uvwxyz");
+
+  // Two-byte characters are never split: the head may take one byte more,
+  // the tail starts on a character boundary.
+  std::string Gbk;
+  for (int I = 0; I < 10; I++) Gbk += "\xC4\xE3";  // 20 bytes, ten characters
+  std::string Out = Fitted ("", Gbk, 16);           // A 15, H 6, K 6, R 6
+  EXPECT_EQ (Out, Gbk.substr (0, 6) + "..." + Gbk.substr (14));
+  std::string Mixed = "a" + Gbk;  // 21 bytes: the head ends at 7 (a + 3 characters)
+  Out = Fitted ("", Mixed, 16);   // K 7, R 5: tail from the first boundary at or after 16
+  EXPECT_EQ (Out, Mixed.substr (0, 7) + "..." + Mixed.substr (17));
+  EXPECT_LE (Out.size (), 15u);
+}
+
+TEST (StringHelpers, GroupThousands) {
+  auto Group = [] (const char *Digits) {
+    Buffer B (Digits);
+    GroupThousands (B ());
+    return B.Text ();
+  };
+  EXPECT_EQ (Group ("999"), "999");
+  EXPECT_EQ (Group ("1000"), "1,000");
+  EXPECT_EQ (Group ("123456"), "123,456");
+  EXPECT_EQ (Group ("1234567"), "1,234,567");
+  EXPECT_EQ (Group (""), "");
+  EXPECT_EQ (Group ("abcd"), "a,bcd");  // every byte counts as a digit
+  std::string Longest (48, '9');
+  std::string Grouped = Group (Longest.c_str ());
+  EXPECT_EQ (Grouped.size (), 48u + 15u);
+  EXPECT_EQ (Grouped.substr (0, 4), "999,");
+  // Longer than the work buffer allows: cut, never overrun.
+  std::string TooLong (200, '1');
+  EXPECT_LE (Group (TooLong.c_str ()).size (), 63u);
+}
+
+TEST (StringHelpers, ParsesNumbers) {
+  EXPECT_EQ (ParseNumber (A ("0x1F")), 31u);
+  EXPECT_EQ (ParseNumber (A ("0X1f")), 31u);
+  EXPECT_EQ (ParseNumber (A ("017")), 17u);
+  EXPECT_EQ (ParseNumber (A ("0x")), 0u);
+  EXPECT_EQ (ParseNumber (A ("")), 0u);
+  EXPECT_EQ (ParseNumber (A ("4294967296")), 0u);  // wraps in 32 bits
+  EXPECT_EQ (ParseNumber (A ("4294967295")), 4294967295u);
+  EXPECT_EQ (ParseDecimal (A ("12a")), 0u);
+  EXPECT_EQ (ParseDecimal (A (" 12")), 0u);
+  EXPECT_EQ (ParseDecimal (A ("1f")), 0u);
+  // Only the first 16 characters are read; what follows does not matter.
+  EXPECT_EQ (ParseDecimal (A ("12345678901234567890")), static_cast<UINT32> (1234567890123456ULL));
+  EXPECT_EQ (ParseDecimal (A ("1234567890123456xyz")), static_cast<UINT32> (1234567890123456ULL));
+  EXPECT_EQ (ParseHex (A ("ffFF")), 0xFFFFu);
+  EXPECT_EQ (ParseHex (A ("0x10")), 0u);  // no prefix in ParseHex itself
+  EXPECT_EQ (ParseHex (A ("123456789ABCDEF0")), 0x9ABCDEF0u);
+  EXPECT_EQ (ParseHex (A ("g")), 0u);
+}
+
+TEST (StringHelpers, SplitsPaths) {
+  struct Case {
+    std::string Path;
+    bool Result;
+    std::string Dir, Name;
+  };
+  const Case Cases[] = {
+      {"\\efi\\boot\\a.txt", true, "\\efi\\boot", "a.txt"},
+      {"\\a.txt", true, "\\", "a.txt"},
+      {"a.txt", true, "\\", "a.txt"},
+      {"\\efi\\", false, "\\efi", "(null)"},
+      {"\\", false, "\\", "(null)"},
+  };
+  for (const Case &C : Cases) {
+    Buffer Dir;
+    const CHAR8 *Name = A ("unset");
+    EXPECT_EQ (SplitPath (A (C.Path.c_str ()), Dir (), &Name), C.Result) << C.Path;
+    EXPECT_EQ (Dir.Text (), C.Dir) << C.Path;
+    EXPECT_EQ (S (Name), C.Name) << C.Path;
+    if (C.Result) EXPECT_EQ (Name, A (C.Path.c_str ()) + C.Path.size () - C.Name.size ());
+  }
+
+  // Limits: more than 1024 bytes, or a directory part of more than 511.
+  const CHAR8 *Name = nullptr;
+  Buffer Dir;
+  std::string Long = "\\" + std::string (1020, 'd') + "\\abc";  // 1025 bytes
+  EXPECT_FALSE (SplitPath (A (Long.c_str ()), Dir (), &Name));
+  std::string Deep = "\\" + std::string (511, 'd') + "\\n";  // P = 513
+  EXPECT_FALSE (SplitPath (A (Deep.c_str ()), Dir (), &Name));
+  std::string Fits = "\\" + std::string (510, 'd') + "\\n";  // P = 512: dir of 511 bytes
+  Buffer Dir2;
+  EXPECT_TRUE (SplitPath (A (Fits.c_str ()), Dir2 (), &Name));
+  EXPECT_EQ (Dir2.Text ().size (), 511u);
+  EXPECT_EQ (S (Name), "n");
+}
+
+}  // namespace
