@@ -1,0 +1,204 @@
+// The resource-string file: the parser's edge cases through ReadResourceString,
+// and the shipped file's keys and format strings.
+#include <cstring>
+#include <fstream>
+#include <regex>
+
+#include "env/files/resource_file.h"
+#include "files/file_test_support.h"
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+
+namespace {
+
+const char *kResourcePath = "\\efi\\kivora\\strings\\surveyor.res";
+
+}  // namespace
+
+class ResourceTest : public FileDriverTest {
+ protected:
+  void SetUp () override {
+    FileDriverTest::SetUp ();
+    std::memset (Buffer_, '!', sizeof (Buffer_));
+  }
+  void WriteResource (const std::string &Bytes) {
+    WriteHostFile (System_.Path () / "efi" / "kivora" / "strings" / "surveyor.res", Bytes);
+  }
+  // The text found, or "<false>" when ReadResourceString failed (and then the
+  // buffer must still hold the marks it had).
+  std::string Get (const char *Section, const char *Key, const char *File = kResourcePath) {
+    std::memset (Buffer_, '!', sizeof (Buffer_));
+    BOOLEAN Found = T->ReadResourceString (reinterpret_cast<const CHAR8 *> (File),
+                                           reinterpret_cast<const CHAR8 *> (Section),
+                                           reinterpret_cast<const CHAR8 *> (Key), Buffer_);
+    if (!Found) {
+      for (size_t I = 0; I < sizeof (Buffer_); I++)
+        if (Buffer_[I] != '!') return "<buffer changed>";
+      return "<false>";
+    }
+    EXPECT_LT (std::strlen (reinterpret_cast<char *> (Buffer_)), 256u);
+    return reinterpret_cast<char *> (Buffer_);
+  }
+
+  CHAR8 Buffer_[300];
+};
+
+TEST_F (ResourceTest, SectionsKeysAndTheNullSection) {
+  WriteResource (
+      "; a comment\n"
+      "TopKey=top value\n"
+      "  Spaced Key  =   spaced value   \n"
+      "# another comment\n"
+      "\n"
+      "[File Menu]\n"
+      "File=File(F)\n"
+      "Help = Help(H)\n"
+      "\t[ toolbar ]\t\n"
+      "back=Up\n"
+      "same=toolbar's\n"
+      "[FileMenu]\n"
+      "same=filemenu's\n"
+      "equation = a=b=c\n"
+      "empty =\n"
+      "quoted = \"  padded  \"\n"
+      "noequals line\n");
+  EXPECT_EQ (Get (nullptr, "TopKey"), "top value");
+  EXPECT_EQ (Get (nullptr, "Spaced Key"), "spaced value");
+  EXPECT_EQ (Get (nullptr, "File"), "<false>");           // keys of a section are not in the null one
+  EXPECT_EQ (Get ("File Menu", "TopKey"), "<false>");     // and the reverse
+  EXPECT_EQ (Get ("File Menu", "File"), "File(F)");
+  EXPECT_EQ (Get ("File Menu", "Help"), "Help(H)");
+  EXPECT_EQ (Get ("FileMenu", "File"), "<false>");
+  EXPECT_EQ (Get ("toolbar", "back"), "Up");
+  EXPECT_EQ (Get ("TOOLBAR", "BACK"), "Up");              // ASCII case does not matter
+  EXPECT_EQ (Get ("toolbar", "same"), "toolbar's");
+  EXPECT_EQ (Get ("FileMenu", "same"), "filemenu's");
+  EXPECT_EQ (Get ("FileMenu", "equation"), "a=b=c");
+  EXPECT_EQ (Get ("FileMenu", "empty"), "");
+  EXPECT_EQ (Get ("FileMenu", "quoted"), "  padded  ");
+  EXPECT_EQ (Get ("FileMenu", "noequals line"), "<false>");
+  EXPECT_EQ (Get ("Missing", "back"), "<false>");
+  EXPECT_EQ (Get ("toolbar", "missing"), "<false>");
+  EXPECT_EQ (Get ("toolbar", nullptr), "<false>");
+  EXPECT_EQ (Get ("File", "File"), "<false>");            // a section name is matched whole
+}
+
+TEST_F (ResourceTest, LineEndsAndOddBytes) {
+  WriteResource ("[A]\r\nk1=one\r\nk2 = two \r\n[B]\rk3=three\r[C]\nlast=no newline");
+  EXPECT_EQ (Get ("A", "k1"), "one");
+  EXPECT_EQ (Get ("A", "k2"), "two");
+  EXPECT_EQ (Get ("B", "k3"), "three");
+  EXPECT_EQ (Get ("C", "last"), "no newline");
+
+  std::string Binary = "[Bin]\nhigh=\xC4\xE3\xBA\xC3 \x01\x7F\xFF\nafter=ok\n";
+  Binary += "nul=a\0b\n"s;
+  Binary += "\0\0garbage\xFE\n[Next]\nkey=fine\n"s;
+  WriteResource (Binary);
+  EXPECT_EQ (Get ("Bin", "high"), "\xC4\xE3\xBA\xC3 \x01\x7F\xFF");
+  EXPECT_EQ (Get ("Bin", "after"), "ok");
+  EXPECT_EQ (Get ("Bin", "nul"), "a");                     // a NUL ends the text as the caller sees it
+  EXPECT_EQ (Get ("Next", "key"), "fine");
+
+  WriteResource ("");
+  EXPECT_EQ (Get (nullptr, "key"), "<false>");
+  WriteResource ("[unclosed\nkey=value\n");
+  EXPECT_EQ (Get ("unclosed", "key"), "value");
+}
+
+TEST_F (ResourceTest, LongValuesAreCutTo255Bytes) {
+  std::string Long (400, 'v');
+  Long[254] = 'E';
+  Long[255] = 'X';
+  WriteResource ("[S]\nlong=" + Long + "\nexact=" + std::string (255, 'e') + "\n");
+  std::string Got = Get ("S", "long");
+  EXPECT_EQ (Got.size (), 255u);
+  EXPECT_EQ (Got.back (), 'E');
+  EXPECT_EQ (Buffer_[255], 0);
+  EXPECT_EQ (Buffer_[256], '!');                           // nothing written beyond 256 bytes
+  EXPECT_EQ (Get ("S", "exact"), std::string (255, 'e'));
+
+  std::string Value;
+  ASSERT_TRUE (env::LookupResourceString ("k=" + Long, nullptr, "k", Value));
+  EXPECT_EQ (Value.size (), env::kResourceValueMax);
+}
+
+TEST_F (ResourceTest, TheFileIsReadFromTheSystemFolderOnly) {
+  WriteResource ("[S]\nk=v\n");
+  EXPECT_EQ (Get ("S", "k"), "v");
+  EXPECT_EQ (Get ("S", "k", "\\EFI\\kivora\\strings\\missing.res"), "<false>");
+  EXPECT_EQ (Get ("S", "k", "\\efi\\kivora\\strings"), "<false>");   // a folder
+  EXPECT_EQ (Get ("S", "k", nullptr), "<false>");
+  WriteHostFile (Main_.Path () / "outside.res", "[S]\nk=outside\n");
+  std::string Escape = "\\..\\" + Main_.Path ().filename ().string () + "\\outside.res";
+  EXPECT_EQ (Get ("S", "k", Escape.c_str ()), "<false>");
+  EXPECT_EQ (Get ("S", "k", "efi\\\\kivora\\.\\strings\\surveyor.res"), "v");
+  EXPECT_FALSE (T->ReadResourceString (reinterpret_cast<const CHAR8 *> (kResourcePath), nullptr,
+                                       reinterpret_cast<const CHAR8 *> ("k"), nullptr));
+  fs::remove_all (System_.Path () / "efi");
+  EXPECT_EQ (Get ("S", "k"), "<false>");
+  EXPECT_EQ (Fw_.LiveAllocations (), Baseline_);
+}
+
+// The file the build ships: every key the program looks up is there, and the
+// format strings carry exactly the conversions their callers supply.
+TEST (ShippedResources, EveryKeyIsPresentWithItsConversions) {
+  std::ifstream In (env::DefaultSystemDir () + "/efi/kivora/strings/surveyor.res", std::ios::binary);
+  ASSERT_TRUE (In.good ()) << "resource file not built into " << env::DefaultSystemDir ();
+  std::string Text ((std::istreambuf_iterator<char> (In)), std::istreambuf_iterator<char> ());
+
+  struct Key {
+    const char *Section, *Name;
+  };
+  const Key Keys[] = {
+      {"HelpWin", "Tip_NoHelp"},       {"File Menu", "File"},           {"File Menu", "Help"},
+      {"FileMenu", "delete"},          {"FileMenu", "copy file"},       {"FileMenu", "paste file"},
+      {"FileMenu", "gouplayer"},       {"FileMenu", "newdir"},          {"FileMenu", "exit"},
+      {"FileMenu", "about"},           {"toolbar", "back"},             {"toolbar", "back_ttip"},
+      {"toolbar", "copy"},             {"toolbar", "copy_ttip"},        {"toolbar", "paste"},
+      {"toolbar", "paste_ttip"},       {"toolbar", "delete"},           {"toolbar", "delete_ttip"},
+      {"ListHeader", "name"},          {"ListHeader", "size"},          {"ListHeader", "type"},
+      {"ListHeader", "date"},          {"base", "strAboutCap"},         {"base", "strAboutString"},
+      {nullptr, "TypeDirectory"},      {nullptr, "files_total"},        {nullptr, "files_selected"},
+      {nullptr, "SearchStatus"},       {nullptr, "FailCopyFile"},       {nullptr, "OperationNotDone"},
+      {nullptr, "FailDelFile"},        {nullptr, "OperationFail"},      {nullptr, "fail_rename"},
+      {nullptr, "fail_create_dir"},    {nullptr, "fullPathStr"},        {"RightMouseMenu", "Copy"},
+      {"RightMouseMenu", "Delete"},    {"RightMouseMenu", "Rename"},    {"RightMouseMenu", "paste"},
+      {"RightMouseMenu", "fileAttr"},  {"RightMouseMenu", "FileCompare1"}, {"RightMouseMenu", "FileCompare2"},
+      {"File Dialog", "Tip_Partion"},  {"File Dialog", "FileNameTip"},  {"File Dialog", "btOpen"},
+      {"File Dialog", "Tip_Dir"},      {"File Dialog", "menu_createdir"}, {"File Dialog", "menu_deldir"},
+      {"File Dialog", "menu_rename"},  {"File Dialog", "Tip_FailCreateFile"}, {"File Dialog", "Tip_FailRename"},
+      {"HexFile", "tip_failOpen"},     {"HexFile", "tip_failGetFileInfo"}, {"HexFile", "tip_notsupport"},
+      {"HexFile", "offset"},           {"HexFile", "pageup"},           {"HexFile", "pagedown"},
+      {"HexFile", "tipFileInfo"},      {"HexFile", "tipCurrentPage"},   {"FileComp", "btPause"},
+  };
+  std::regex Conversion ("%l?d|%[^%]");
+  for (const Key &K : Keys) {
+    std::string Value;
+    ASSERT_TRUE (env::LookupResourceString (Text, K.Section, K.Name, Value))
+        << (K.Section ? K.Section : "(none)") << " / " << K.Name;
+    EXPECT_FALSE (Value.empty ()) << K.Name;
+    std::string Conversions;
+    for (auto It = std::sregex_iterator (Value.begin (), Value.end (), Conversion); It != std::sregex_iterator (); ++It)
+      Conversions += It->str ();
+    std::string Name = K.Name;
+    if (Name == "files_total" || Name == "files_selected" || Name == "tipCurrentPage")
+      EXPECT_EQ (Conversions, "%d") << Name << ": " << Value;
+    else if (Name == "SearchStatus")
+      EXPECT_EQ (Conversions, "%d%d") << Value;
+    else if (Name == "tipFileInfo")
+      EXPECT_EQ (Conversions, "%ld%d") << Value;
+    else
+      EXPECT_EQ (Conversions, "") << Name << " must hold no conversion: " << Value;
+  }
+  std::string Value;
+  ASSERT_TRUE (env::LookupResourceString (Text, "File Menu", "File", Value));
+  EXPECT_NE (Value.find ("(F)"), std::string::npos) << "the File title needs its hotkey";
+  ASSERT_TRUE (env::LookupResourceString (Text, "File Menu", "Help", Value));
+  EXPECT_NE (Value.find ("(H)"), std::string::npos) << "the Help title needs its hotkey";
+  // Status formats are printed into 64-byte buffers with numbers of up to 10 digits.
+  for (const char *Format : {"files_total", "files_selected", "SearchStatus"}) {
+    ASSERT_TRUE (env::LookupResourceString (Text, nullptr, Format, Value));
+    EXPECT_LT (Value.size () + 20, 64u) << Format;
+  }
+}
