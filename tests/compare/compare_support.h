@@ -1,0 +1,79 @@
+// Shared helpers of the comparison tests: the built-in GBK texts by name, a
+// recorder of progress reports, and a fixture with a source and a backup
+// volume whose files get fixed modification times.
+#pragma once
+
+#include <ctime>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "env/files/file_driver.h"
+#include "env/windows/window_base.h"
+#include "support/driver_fixture.h"
+
+// The built-in text called Name, as its GBK bytes (with its "%a"/"%d" still in
+// it when it has a placeholder).
+std::string Text (const std::string &Name);
+// Text with its placeholders replaced, in order, by Args ("%a" and "%d" alike).
+std::string TextWith (const std::string &Name, const std::vector<std::string> &Args);
+// Bytes written as hexadecimal pairs separated by spaces.
+std::string FromHex (const std::string &Hex);
+// Readable form of GBK bytes for failure messages: bytes of 0x80 or more as \xNN.
+std::string Escaped (const std::string &Bytes);
+
+// One progress report as a client received it. Kind is -1 for callbacks,
+// which are not told the kind.
+struct Report {
+  int Kind = -1;
+  uint32_t ItemCount = 0;
+  bool HasLine = false;
+  std::string Line;
+  bool Finished = false;
+};
+
+// Reports of every job started with ReportCallback, in arrival order.
+extern std::vector<Report> gReports;
+// When set, the callback snapshots the result on the final report (the job is
+// freed right after it) into gFinalSnapshot.
+extern bool gSnapshotAtEnd;
+extern COMPARE_RESULT *gFinalSnapshot;
+extern SURVEYOR_PROTOCOL *gProtocol;
+VOID EFIAPI ReportCallback (COMPARE_JOB *Job, CHAR8 *Line, UINT32 ItemCount, BOOLEAN Finished);
+
+// A stored result entry in a form that compares well.
+struct StoredEntry {
+  std::string Name;
+  int IsDirectory;
+  int Code;
+  int IsHeading;
+  int Link;
+  bool operator== (const StoredEntry &) const = default;
+};
+std::vector<StoredEntry> StoredEntries (const COMPARE_RESULT *Result);
+std::ostream &operator<< (std::ostream &Out, const StoredEntry &Entry);
+
+class CompareTest : public DriverTest {
+ protected:
+  static constexpr time_t kTime = 1700000000;   // one fixed modification second
+
+  void SetUp () override;
+  void TearDown () override;
+
+  // A file with content Bytes and modification time When (whole seconds plus Nanos).
+  void Put (int Volume, const std::string &Relative, const std::string &Bytes, time_t When = kTime, long Nanos = 0);
+  // The same file on both volumes.
+  void Both (const std::string &Relative, const std::string &Bytes, time_t When = kTime);
+  void Dir (int Volume, const std::string &Relative);
+
+  COMPARE_JOB *Start (const std::string &Path);
+  // Runs timer ticks until a final report arrives; returns the ticks run, or
+  // -1 when Limit ticks passed without one.
+  int RunToEnd (int Limit = 100000);
+  // Lines of the reports received so far (final report left out).
+  std::vector<std::string> Lines () const;
+  size_t LiveJobs ();
+
+  int Src = -1;
+  int Bak = -1;
+};

@@ -1,0 +1,323 @@
+// The walk of a directory comparison: the reference tree pair with its exact
+// report, matching of names, failed levels, the depth limit, a full result,
+// line widths, snapshots and cancelling.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "compare_support.h"
+#include "env/files/file_driver.h"
+#include "env/windows/window_base.h"
+
+namespace {
+
+const std::filesystem::path kReference = std::filesystem::path (__FILE__).parent_path () / "reference";
+
+std::vector<std::string> Split (const std::string &Line, char By) {
+  std::vector<std::string> Parts;
+  std::string Part;
+  std::istringstream In (Line);
+  while (std::getline (In, Part, By)) Parts.push_back (Part);
+  return Parts;
+}
+
+// Replaces {name} and {name:argument} by the built-in texts.
+std::string Expand (const std::string &Pattern) {
+  std::string Out;
+  size_t At = 0;
+  while (At < Pattern.size ()) {
+    size_t Open = Pattern.find ('{', At);
+    if (Open == std::string::npos) {
+      Out += Pattern.substr (At);
+      break;
+    }
+    size_t Close = Pattern.find ('}', Open);
+    Out += Pattern.substr (At, Open - At);
+    std::string Name = Pattern.substr (Open + 1, Close - Open - 1);
+    size_t Colon = Name.find (':');
+    if (Colon == std::string::npos) {
+      Out += Text (Name);
+    } else {
+      Out += TextWith (Name.substr (0, Colon), {Name.substr (Colon + 1)});
+    }
+    At = Close + 1;
+  }
+  return Out;
+}
+
+class CompareWalkTest : public CompareTest {
+ protected:
+  void BuildTrees (const std::filesystem::path &Manifest) {
+    std::ifstream In (Manifest);
+    ASSERT_TRUE (In.good ()) << Manifest;
+    std::string Line;
+    while (std::getline (In, Line)) {
+      if (Line.empty () || Line[0] == '#') continue;
+      std::istringstream Fields (Line);
+      std::string Side, Kind, Path, Content;
+      long Offset = 0;
+      Fields >> Side >> Kind >> Path;
+      if (Kind == "file") Fields >> Content >> Offset;
+      for (int Volume : {Src, Bak}) {
+        if ((Side == "S" && Volume != Src) || (Side == "B" && Volume != Bak)) continue;
+        if (Kind == "dir") {
+          Dir (Volume, Path);
+        } else {
+          Put (Volume, Path, Content, kTime + Offset);
+        }
+      }
+    }
+  }
+};
+
+TEST_F (CompareWalkTest, ReferenceTreesGiveTheExpectedReport) {
+  BuildTrees (kReference / "trees.txt");
+  gSnapshotAtEnd = true;
+  COMPARE_JOB *Job = Start ("\\data");
+  ASSERT_NE (Job, nullptr);
+  ASSERT_GT (RunToEnd (), 0);
+  ASSERT_NE (gFinalSnapshot, nullptr);
+
+  std::vector<std::string> Want, Got;
+  std::vector<StoredEntry> WantEntries;
+  std::vector<uint32_t> WantCounters;
+  std::ifstream In (kReference / "expected_report.txt");
+  std::string Line;
+  while (std::getline (In, Line)) {
+    if (Line.empty () || Line[0] == '#') continue;
+    std::vector<std::string> F = Split (Line, '|');
+    if (F[0] == "L") Want.push_back (F[1] + " " + Escaped (Expand (F[2])));
+    if (F[0] == "F") Want.push_back (F[1] + " (final)");
+    if (F[0] == "E")
+      WantEntries.push_back ({F[1], std::stoi (F[2]), std::stoi (F[3]), std::stoi (F[4]), std::stoi (F[5])});
+    if (F[0] == "C")
+      for (int I = 1; I <= 4; I++) WantCounters.push_back (static_cast<uint32_t> (std::stoul (F[I])));
+  }
+  for (const Report &R : gReports)
+    Got.push_back (std::to_string (R.ItemCount) + (R.Finished ? " (final)" : " " + Escaped (R.Line)));
+  EXPECT_EQ (Got, Want);
+  EXPECT_EQ (StoredEntries (gFinalSnapshot), WantEntries);
+  std::vector<uint32_t> Counters = {gFinalSnapshot->TotalCount, gFinalSnapshot->DeletedCount,
+                                    gFinalSnapshot->AddedCount, gFinalSnapshot->ChangedCount};
+  EXPECT_EQ (Counters, WantCounters);
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 0u);
+}
+
+TEST_F (CompareWalkTest, TimeStampsCompareByTheSecond) {
+  Put (Src, "t/a", "x", kTime, 100000000);
+  Put (Bak, "t/a", "x", kTime, 900000000);   // same second, other fraction: equal
+  Put (Src, "t/b", "x", kTime, 0);
+  Put (Bak, "t/b", "x", kTime + 1, 0);        // next second: changed
+  gSnapshotAtEnd = true;
+  ASSERT_NE (Start ("\\t"), nullptr);
+  ASSERT_GT (RunToEnd (), 0);
+  std::vector<StoredEntry> Expected = {{"\\t", 1, 11, 1, 1}, {"b", 0, 11, 0, 0}};
+  EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
+}
+
+TEST_F (CompareWalkTest, NamesMatchWithoutAsciiCaseOnly) {
+  // ASCII letters in another case match; a byte of 0x80 or more must be equal.
+  Put (Src, "m/ReadMe.TXT", "1");
+  Put (Bak, "m/readme.txt", "1");
+  Put (Src, "m/\xC0" "x", "1");
+  Put (Bak, "m/\xE0" "x", "1");
+  // Two source names that differ only in case both match the one backup name.
+  Put (Src, "m/Data.bin", "1");
+  Put (Src, "m/DATA.BIN", "1");
+  Put (Bak, "m/data.bin", "1");
+  gSnapshotAtEnd = true;
+  ASSERT_NE (Start ("\\m"), nullptr);
+  ASSERT_GT (RunToEnd (), 0);
+  ASSERT_NE (gFinalSnapshot, nullptr);
+  std::vector<StoredEntry> Entries = StoredEntries (gFinalSnapshot);
+  // Matched names are compared under the source's spelling; the host file
+  // system of the stand-in volumes tells case apart, so the backup file of
+  // another spelling cannot be opened (code 2). Nothing is new or deleted but
+  // the two non-ASCII names.
+  int New = 0, Deleted = 0;
+  for (const StoredEntry &E : Entries) {
+    if (E.Code == 10) {
+      New++;
+      EXPECT_EQ (E.Name, "\xC0" "x");
+    }
+    if (E.Code == 9) {
+      Deleted++;
+      EXPECT_EQ (E.Name, "\xE0" "x");
+    }
+    if (E.Code == 2) EXPECT_TRUE (E.Name == "ReadMe.TXT" || E.Name == "Data.bin" || E.Name == "DATA.BIN") << E;
+  }
+  EXPECT_EQ (New, 1);
+  EXPECT_EQ (Deleted, 1);
+  EXPECT_EQ (gFinalSnapshot->AddedCount, 1u);
+  EXPECT_EQ (gFinalSnapshot->DeletedCount, 1u);
+}
+
+TEST_F (CompareWalkTest, FailedLevelsAreHeadingsAndTheWalkGoesOn) {
+  // "Sub" and "sub" match; the backup folder of the source's spelling cannot
+  // be opened on the case-telling host: code 2, one more item, then the walk
+  // continues with the next entry.
+  Put (Src, "f/Sub/x", "1");
+  Put (Bak, "f/sub/x", "1");
+  Put (Src, "f/z.txt", "1");
+  gSnapshotAtEnd = true;
+  ASSERT_NE (Start ("\\f"), nullptr);
+  ASSERT_GT (RunToEnd (), 0);
+  std::vector<StoredEntry> Expected = {
+      {"\\f\\Sub", 1, 2, 1, 0}, {"\\f", 1, 11, 1, 1}, {"z.txt", 0, 10, 0, 1}};
+  EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
+  EXPECT_EQ (gFinalSnapshot->TotalCount, 3u);   // 2 at the root, 1 for the failed level
+  std::vector<std::string> L = Lines ();
+  EXPECT_NE (std::find (L.begin (), L.end (), "\\f\\Sub - " + Text ("backup folder open failed")), L.end ());
+  EXPECT_NE (std::find (L.begin (), L.end (), "\\f\\Sub" + Text ("cannot compare")), L.end ());
+}
+
+TEST_F (CompareWalkTest, LevelsBelow31AreSkippedSilently) {
+  // Folders l1 .. l33 on both sides; level n is the folder n deep below the root.
+  std::string Path = "deep";
+  for (int Level = 1; Level <= 33; Level++) {
+    Path += "/l" + std::to_string (Level);
+    Dir (Src, Path);
+    Dir (Bak, Path);
+    if (Level == 31) Put (Src, Path + "/at31", "1");   // level 31: compared
+    if (Level == 32) Put (Src, Path + "/at32", "1");   // level 32: never looked at
+  }
+  gSnapshotAtEnd = true;
+  ASSERT_NE (Start ("\\deep"), nullptr);
+  ASSERT_GT (RunToEnd (), 0);
+  ASSERT_EQ (gFinalSnapshot->EntryCount, 2);
+  EXPECT_EQ (std::string (reinterpret_cast<const char *> (gFinalSnapshot->Entries[1].Name)), "at31");
+  EXPECT_EQ (gFinalSnapshot->AddedCount, 1u);
+  EXPECT_EQ (gFinalSnapshot->TotalCount, 33u);   // one entry on levels 0 to 30, two on 31 (l32 and at31)
+}
+
+TEST_F (CompareWalkTest, FullResultEndsTheJobAtTheNextTick) {
+  // a: 1023 new files (a heading and 1023 entries fill the 1024 entries);
+  // b: a deleted file needs a heading that no longer fits; c is never reached.
+  Both ("r/a/keep", "k");
+  for (int I = 0; I < 1023; I++) Put (Src, "r/a/n" + std::to_string (10000 + I), "1");
+  Both ("r/b/x", "x");
+  Put (Bak, "r/b/y", "y");
+  Put (Src, "r/c/new", "1");
+  Put (Bak, "r/c/old", "1");
+  gSnapshotAtEnd = true;
+  COMPARE_JOB *Job = Start ("\\r");
+  ASSERT_NE (Job, nullptr);
+  size_t Ticks = 0;
+  while (Job->Done == 0 && Ticks < 100000) {
+    Env ().windows ().RunTimerTick ();
+    Ticks++;
+  }
+  ASSERT_EQ (Job->Done, 1);
+  EXPECT_EQ (Job->Result->EntryCount, 1024);
+  EXPECT_EQ (Job->Result->AddedCount, 1023u);
+  EXPECT_EQ (Job->Result->DeletedCount, 1u);   // counted although not stored
+  size_t Before = gReports.size ();
+  EXPECT_FALSE (gReports.back ().Finished);
+  Env ().windows ().RunTimerTick ();
+  ASSERT_EQ (gReports.size (), Before + 1);
+  EXPECT_TRUE (gReports.back ().Finished);
+  ASSERT_NE (gFinalSnapshot, nullptr);
+  EXPECT_EQ (gFinalSnapshot->TotalCount, 0u);
+  EXPECT_EQ (gFinalSnapshot->Entries[0].Link, 1023);
+  EXPECT_EQ (LiveJobs (), 0u);
+  // Nothing of b's difference was reported as a line.
+  for (const std::string &L : Lines ()) EXPECT_EQ (L.find ("\\r\\b -"), std::string::npos);
+}
+
+TEST_F (CompareWalkTest, CallbackLinesAreFittedTo255) {
+  // A root path of 301 characters: the level line keeps 241 bytes of it.
+  std::string First = "p" + std::string (149, 'q'), Second (150, 'r');
+  Both (First + "/" + Second + "/f", "1");
+  ASSERT_NE (Start ("\\" + First + "\\" + Second), nullptr);
+  ASSERT_EQ (gReports.size (), 1u);
+  std::string Suffix = TextWith ("file count", {"1"});
+  const std::string &Line = gReports[0].Line;
+  ASSERT_GT (Line.size (), Suffix.size ());
+  EXPECT_EQ (Line.substr (Line.size () - Suffix.size ()), Suffix);
+  std::string Path = Line.substr (0, Line.size () - Suffix.size ());
+  EXPECT_EQ (Path.size (), 241u);
+  EXPECT_EQ (Path.substr (0, 5), "\\pqqq");
+  EXPECT_NE (Path.find ("..."), std::string::npos);
+  Surveyor ()->CancelCompareJob (reinterpret_cast<COMPARE_JOB *> (0x1234));   // unknown: left alone
+  EXPECT_EQ (LiveJobs (), 1u);
+  ASSERT_GT (RunToEnd (), 0);
+}
+
+TEST_F (CompareWalkTest, SnapshotIsAnIndependentCopy) {
+  Both ("s/keep", "k");
+  Put (Src, "s/new1", "1");
+  Put (Src, "s/new2", "1");
+  COMPARE_JOB *Job = Start ("\\s");
+  ASSERT_NE (Job, nullptr);
+  // keep takes two ticks, each new file one; the level is left at the fourth
+  // and its heading and two entries are stored.
+  for (int I = 0; I < 4; I++) Env ().windows ().RunTimerTick ();
+  ASSERT_EQ (Job->Result->EntryCount, 3);
+  COMPARE_RESULT *Copy = Surveyor ()->SnapshotCompareResult (Job);
+  ASSERT_NE (Copy, nullptr);
+  EXPECT_NE (Copy->Text, Job->Result->Text);
+  EXPECT_EQ (Copy->TextUsed, Job->Result->TextUsed);
+  for (int I = 0; I < 3; I++) {
+    EXPECT_EQ (Copy->Entries[I].Name - Copy->Text, Job->Result->Entries[I].Name - Job->Result->Text);
+    EXPECT_STREQ (reinterpret_cast<const char *> (Copy->Entries[I].Name),
+                  reinterpret_cast<const char *> (Job->Result->Entries[I].Name));
+  }
+  EXPECT_EQ (Copy->Entries[3].Name, nullptr);
+  ASSERT_GT (RunToEnd (), 0);   // the job and its result are gone now
+  EXPECT_EQ (StoredEntries (Copy), (std::vector<StoredEntry>{{"\\s", 1, 11, 1, 2}, {"new1", 0, 10, 0, 0},
+                                                             {"new2", 0, 10, 0, 0}}));
+  Surveyor ()->FreeCompareSnapshot (Copy);
+  Surveyor ()->FreeCompareSnapshot (nullptr);
+}
+
+TEST_F (CompareWalkTest, CancelFreesEverythingAtAnyPoint) {
+  std::string Big (300000, 'b');
+  Both ("c/big.bin", Big);
+  Both ("c/sub/x", "1");
+  Put (Src, "c/sub/new", "1");
+  size_t Baseline = Fw ().LiveAllocations ();
+  // Cancel after every number of ticks from 0 to the end of the walk.
+  for (int Ticks = 0;; Ticks++) {
+    gReports.clear ();
+    COMPARE_JOB *Job = Start ("\\c");
+    ASSERT_NE (Job, nullptr);
+    Job->CompareContents = 1;
+    bool Ended = false;
+    for (int T = 0; T < Ticks && !Ended; T++) {
+      Env ().windows ().RunTimerTick ();
+      Ended = !gReports.empty () && gReports.back ().Finished;
+    }
+    if (Ended) break;
+    size_t Count = gReports.size ();
+    Surveyor ()->CancelCompareJob (Job);
+    EXPECT_EQ (gReports.size (), Count) << "no report after a cancel";
+    EXPECT_EQ (LiveJobs (), 0u);
+    EXPECT_EQ (Fw ().LiveAllocations (), Baseline) << Ticks;
+    EXPECT_EQ (Env ().files ().OpenHandleCount (), 0u) << Ticks;
+    ASSERT_LT (Ticks, 100);
+  }
+}
+
+// A client that cancels its own job while the job reports to it.
+VOID EFIAPI CancellingCallback (COMPARE_JOB *Job, CHAR8 *Line, UINT32 ItemCount, BOOLEAN Finished) {
+  ReportCallback (Job, Line, ItemCount, Finished);
+  if (gReports.size () == 3) gProtocol->CancelCompareJob (Job);
+}
+
+TEST_F (CompareWalkTest, CancelFromInsideAReport) {
+  Both ("k/keep", "k");
+  Put (Src, "k/a", "1");
+  Put (Src, "k/b", "1");
+  Put (Src, "k/c", "1");
+  COMPARE_JOB *Job = Surveyor ()->StartCompareJobWithCallback (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
+                                                               reinterpret_cast<const CHAR8 *> ("\\k"),
+                                                               CancellingCallback);
+  ASSERT_NE (Job, nullptr);
+  for (int I = 0; I < 10; I++) Env ().windows ().RunTimerTick ();
+  EXPECT_EQ (gReports.size (), 3u);
+  EXPECT_EQ (LiveJobs (), 0u);
+}
+
+}  // namespace
