@@ -169,6 +169,26 @@ static BOOLEAN ExamineCounts (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN At
   return TRUE;
 }
 
+// The file driver lists "." and ".." first in every directory but the root,
+// as FAT does. They name the level itself and its parent, not entries to
+// compare: they are taken out of the listing, which keeps the counts (and
+// the empty-folder cases) those of the real entries.
+static VOID DropDotEntries (DIRECTORY_ENTRY *Entries, UINT16 *Count) {
+  if (Entries == nullptr) {
+    *Count = 0;
+    return;
+  }
+  UINT16 Kept = 0;
+  for (UINT16 I = 0; I < *Count; I++) {
+    const CHAR8 *Name = Entries[I].Name;
+    BOOLEAN Dot = Name[0] == '.' && (Name[1] == 0 || (Name[1] == '.' && Name[2] == 0));
+    if (Dot) continue;
+    if (Kept != I) CopyMem (&Entries[Kept], &Entries[I], sizeof (DIRECTORY_ENTRY));
+    Kept++;
+  }
+  *Count = Kept;
+}
+
 // One listing state of a level; the root runs them all at once.
 static BOOLEAN RunLevelState (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN AtRoot) {
   switch (Level->State) {
@@ -221,12 +241,12 @@ static BOOLEAN RunLevelState (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN At
         return FALSE;
       }
       Level->SourceEntries = gFileDriver->ReadDirectory (Level->SourceHandle, &Level->SourceCount);
-      if (Level->SourceEntries == nullptr) Level->SourceCount = 0;
+      DropDotEntries (Level->SourceEntries, &Level->SourceCount);
       break;
     }
     case 3:
       Level->BackupEntries = gFileDriver->ReadDirectory (Level->BackupHandle, &Level->BackupCount);
-      if (Level->BackupEntries == nullptr) Level->BackupCount = 0;
+      DropDotEntries (Level->BackupEntries, &Level->BackupCount);
       break;
     case 4:
       CloseLevelHandles (Level);
