@@ -184,7 +184,7 @@ void SettingsService::Parse (const std::string &Text) {
   std::vector<Section> Sections;
   std::string Current;
   size_t Pos = 0;
-  if (Text.compare (0, 3, "\xEF\xBB\xBF") == 0) Pos = 3;
+  if (Text.compare (0, 3, "\xEF\xBB\xBF") == 0) Pos = 3;   // byte-order mark
   while (Pos < Text.size ()) {
     size_t End = Text.find ('\n', Pos);
     if (End == std::string::npos) End = Text.size ();
@@ -223,6 +223,8 @@ std::string SettingsService::Serialize () const {
       }
       for (const Entry &E : S.Entries) Out += E.Key + "=" + E.Value + "\n";
     }
+  // A first key that starts like a byte-order mark keeps it behind a real one.
+  if (Out.compare (0, 3, "\xEF\xBB\xBF") == 0) Out = "\xEF\xBB\xBF" + Out;
   return Out;
 }
 
