@@ -137,7 +137,8 @@ class WindowBase {
   bool IconImage (uint8_t Id, uint32_t &Width, uint32_t &Height, const uint32_t *&Pixels) const;
 
   // ---- painting and redraws
-  unsigned RedrawCount (const void *Target) const;
+  unsigned RedrawCount (const void *Target) const;      // Redraw calls (and redraws asked by other ops)
+  unsigned UpdateCount (const void *Target) const;      // UpdateItem calls
   // Called for every Redraw / UpdateItem (the GUI side repaints).
   void SetRedrawHook (std::function<void (void *Target)> Hook);
   // Replaces DefaultPaint's plain fill (the GUI side draws frames and controls).

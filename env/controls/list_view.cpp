@@ -1,0 +1,488 @@
+// List views: columns, rows, selection, scrolling, type-ahead and in-place
+// edits for rename and new item.
+#include <algorithm>
+#include <cstring>
+
+#include "env/controls/control_internal.h"
+
+namespace env {
+
+namespace {
+
+ControlDriver::State &C () { return *CurrentControls (); }
+WindowBase::State &B () { return CurrentControls ()->Base; }
+
+ListObject *AsList (const void *Target) { return dynamic_cast<ListObject *> (B ().FindControl (Target)); }
+
+char Upper (char Ch) { return Ch >= 'a' && Ch <= 'z' ? static_cast<char> (Ch - 'a' + 'A') : Ch; }
+
+}  // namespace
+
+// ------------------------------------------------------------- list object
+
+uint16_t ListObject::RowOf (const ListRow *Row) const {
+  for (size_t I = 0; I < Rows.size (); I++)
+    if (Rows[I].get () == Row) return static_cast<uint16_t> (I);
+  return kNoRow;
+}
+
+uint16_t ListObject::SelectedCount () const {
+  size_t Count = 0;
+  for (auto &Row : Rows) Count += Row->Item.Selected != 0;
+  return static_cast<uint16_t> (Count);
+}
+
+void ListObject::UpdateLayout () {
+  LIST_CONTROL &L = Data;
+  uint16_t Header = C ().HeaderHeight ();
+  uint16_t RowHeight = C ().RowHeight ();
+  L.RowCount = static_cast<UINT16> (Rows.size ());
+  L.VisibleRows = L.Control.Height > Header + 2 ? static_cast<UINT16> ((L.Control.Height - Header - 2) / RowHeight) : 0;
+  uint16_t MaxTop = L.RowCount > L.VisibleRows ? static_cast<uint16_t> (L.RowCount - L.VisibleRows) : 0;
+  if (L.TopRow > MaxTop) L.TopRow = MaxTop;
+  bool Needed = L.RowCount > L.VisibleRows;
+  if (Needed && L.ScrollBar == nullptr) {
+    auto Bar = std::make_unique<ScrollBarObject> ();
+    Bar->List = this;
+    Bar->Data.Kind = CONTROL_KIND_SCROLL_BAR;
+    Bar->Data.Flags = WINDOW_FLAG_ENABLED;
+    L.ScrollBar = B ().AddControl (L.Control.Parent, std::move (Bar), false, true);
+  } else if (!Needed && L.ScrollBar != nullptr) {
+    CONTROL *Bar = L.ScrollBar;
+    L.ScrollBar = nullptr;
+    B ().RemoveControl (Bar);
+  }
+  if (L.ScrollBar != nullptr) {
+    CONTROL &Bar = *L.ScrollBar;
+    Bar.X = static_cast<UINT16> (L.Control.X + (L.Control.Width > kScrollBarWidth ? L.Control.Width - kScrollBarWidth : 0));
+    Bar.Y = static_cast<UINT16> (L.Control.Y + Header);
+    Bar.Width = kScrollBarWidth;
+    Bar.Height = L.Control.Height > Header ? static_cast<UINT16> (L.Control.Height - Header) : 0;
+  }
+}
+
+void ListObject::DropEdit () {
+  if (Edit == nullptr) return;
+  CONTROL *Field = Edit;
+  Edit = nullptr;
+  WINDOW_HEADER *Parent = Field->Parent;
+  if (B ().FindAnyWindow (Parent) != nullptr && Parent->FocusControl == Field) Parent->FocusControl = Rec;
+  B ().RemoveControl (Field);
+  if (EditNew) {
+    uint16_t Row = RowOf (EditRow);
+    if (Row != kNoRow && Rows[Row]->NewItem) Rows.erase (Rows.begin () + Row);
+  }
+  EditRow = nullptr;
+  EditNew = false;
+  UpdateLayout ();
+}
+
+void ListObject::OnDestroy () {
+  DropEdit ();
+  if (Data.ScrollBar != nullptr) {
+    CONTROL *Bar = Data.ScrollBar;
+    Data.ScrollBar = nullptr;
+    B ().RemoveControl (Bar);
+  }
+}
+
+void ListObject::NotifySelection () {
+  MESSAGE Message {};
+  Message.Type = MSG_NOTIFY;
+  Message.Code = NOTIFY_SELECTION;
+  Message.Word2 = SelectedCount ();
+  Message.Word4 = Data.RowCount;
+  Message.Word6 = Data.CurrentRow;
+  Message.Word10 = Data.Control.Id;
+  Notify (Message);
+}
+
+bool ListObject::OnKey (MESSAGE &Message) {
+  if ((Message.Dword8 & 0x3C) != 0) return false;   // Control or Alt held: the window's shortcuts
+  CHAR16 Ch = Message.Word2;
+  UINT16 Scan = Message.Word4;
+  WindowBase::State::Scope Guard (B ());
+  uint16_t Count = Data.RowCount;
+  auto MoveTo = [&] (uint16_t Row) {
+    for (auto &R : Rows) R->Item.Selected = 0;
+    Rows[Row]->Item.Selected = 1;
+    Data.CurrentRow = Row;
+    if (Row < Data.TopRow) Data.TopRow = Row;
+    if (Data.VisibleRows > 0 && Row >= Data.TopRow + Data.VisibleRows)
+      Data.TopRow = static_cast<UINT16> (Row - Data.VisibleRows + 1);
+  };
+  if (Scan == SCAN_CODE_UP || Scan == SCAN_CODE_DOWN) {
+    if (Count == 0) return true;
+    uint16_t Row = Data.CurrentRow < Count ? Data.CurrentRow : 0;
+    if (Scan == SCAN_CODE_UP && Row > 0) Row--;
+    if (Scan == SCAN_CODE_DOWN && Row + 1 < Count) Row++;
+    Search.clear ();
+    MoveTo (Row);
+    NotifySelection ();
+    return true;
+  }
+  if (Ch == 0x0D) {
+    if (Data.CurrentRow >= Count) return true;
+    MESSAGE Open {};
+    Open.Type = MSG_NOTIFY;
+    Open.Code = NOTIFY_OPEN_ROW;
+    Open.Word6 = Data.CurrentRow;
+    Open.Word10 = Data.Control.Id;
+    Notify (Open);
+    return true;
+  }
+  if (Ch > 0x20 && Ch < 0x7F) {
+    // Type-ahead: the typed prefix, or the new letter alone when the prefix finds nothing.
+    std::string Wanted = Search + static_cast<char> (Ch);
+    uint16_t Found = kNoRow;
+    for (int Pass = 0; Pass < 2 && Found == kNoRow; Pass++) {
+      if (Pass == 1) Wanted = std::string (1, static_cast<char> (Ch));
+      uint16_t Start = Data.CurrentRow < Count ? Data.CurrentRow : 0;
+      // A new search starts after the current row so that repeating a letter cycles.
+      if (Wanted.size () == 1 && Count > 0) Start = static_cast<uint16_t> ((Start + 1) % Count);
+      for (uint16_t I = 0; I < Count; I++) {
+        uint16_t Row = static_cast<uint16_t> ((Start + I) % Count);
+        const char *Name = reinterpret_cast<const char *> (Rows[Row]->Item.Name);
+        size_t N = 0;
+        while (N < Wanted.size () && Name[N] != 0 && Upper (Name[N]) == Upper (Wanted[N])) N++;
+        if (N == Wanted.size ()) {
+          Found = Row;
+          break;
+        }
+      }
+    }
+    Search = Found != kNoRow ? Wanted : std::string ();
+    if (Found != kNoRow) {
+      MoveTo (Found);
+      NotifySelection ();
+    }
+    if (B ().FindControl (Rec) == nullptr) return true;
+    MESSAGE Progress {};
+    Progress.Type = MSG_NOTIFY;
+    Progress.Code = NOTIFY_SEARCH;
+    Progress.Word2 = 0;
+    Progress.Word4 = Data.RowCount;
+    Progress.Word6 = Found != kNoRow ? static_cast<UINT16> (Found + 1) : 0;
+    Notify (Progress);
+    return true;
+  }
+  return false;
+}
+
+// ------------------------------------------------------------- edits
+
+bool EditObject::OnKey (MESSAGE &Message) {
+  CHAR16 Ch = Message.Word2;
+  UINT16 Scan = Message.Word4;
+  if (Scan == SCAN_CODE_ESCAPE || Ch == 0x0D) {
+    auto Done = Finish;   // the edit object goes away while finishing
+    std::string Text = TextStore;
+    if (Done) Done (Text, Ch == 0x0D);
+    return true;
+  }
+  if (Ch == 0x08) {
+    std::string Text = TextStore;
+    if (!Text.empty ()) Text.pop_back ();
+    SetText (Text.c_str ());
+    return true;
+  }
+  if (Ch >= 0x20 && Ch < 0x7F && (Message.Dword8 & 0x3C) == 0) {
+    std::string Text = TextStore;
+    if (Text.size () < kMaxEditText) Text.push_back (static_cast<char> (Ch));
+    SetText (Text.c_str ());
+    return true;
+  }
+  return false;
+}
+
+namespace {
+
+void FinishListEdit (ListObject *List, const std::string &Text, bool Apply) {
+  if (List->Edit == nullptr) return;
+  WindowBase::State::Scope Guard (B ());
+  CONTROL *Field = List->Edit;
+  static_cast<ControlObject *> (Field->BaseState)->SetText (CutText (Text.c_str (), kMaxEditText).c_str ());
+  uint16_t Row = List->RowOf (List->EditRow);
+  MESSAGE Message {};
+  Message.Type = MSG_NOTIFY;
+  Message.Code = List->EditNew ? NOTIFY_NEW_ITEM_DONE : NOTIFY_RENAME_DONE;
+  Message.Word2 = Row;
+  Message.Word4 = Apply ? 0 : 1;
+  Message.Word6 = List->Data.Control.Id;
+  Message.Pointer8 = Field;
+  List->Notify (Message);
+  // The handler may have cleared or rebuilt the list, or closed its window.
+  if (B ().FindControl (List->Rec) != List) return;
+  if (List->Edit == Field) List->DropEdit ();
+}
+
+void StartListEdit (ListObject *List, ListRow *Row, bool New) {
+  LIST_CONTROL &L = List->Data;
+  uint16_t Index = List->RowOf (Row);
+  auto Field = std::make_unique<EditObject> ();
+  Field->Data.Kind = CONTROL_KIND_EDIT;
+  Field->Data.Flags = WINDOW_FLAG_ENABLED | WINDOW_FLAG_FOCUSABLE;
+  Field->Data.X = static_cast<UINT16> (L.Control.X + 2);
+  int Visible = Index >= L.TopRow ? Index - L.TopRow : 0;
+  Field->Data.Y = static_cast<UINT16> (L.Control.Y + C ().HeaderHeight () + Visible * C ().RowHeight ());
+  Field->Data.Width = L.Control.Width;
+  Field->Data.Height = C ().RowHeight ();
+  Field->SetText (reinterpret_cast<const char *> (Row->Item.Name));
+  Field->Finish = [List] (const std::string &Text, bool Apply) { FinishListEdit (List, Text, Apply); };
+  CONTROL *Edit = B ().AddControl (L.Control.Parent, std::move (Field), false, true);
+  if (Edit == nullptr) return;
+  List->Edit = Edit;
+  List->EditRow = Row;
+  List->EditNew = New;
+  if (!List->Columns.empty ()) Edit->Width = List->Columns[0].Width;
+  L.Control.Parent->FocusControl = Edit;
+}
+
+// ------------------------------------------------------------ table ops
+
+LIST_CONTROL *EFIAPI OpCreateListView (WINDOW_HEADER *Parent, UINT16 X, UINT16 Y, UINT16 Width, UINT16 Height,
+                                       UINT8 Style) {
+  WindowInfo *Info = B ().FindWindow (Parent);
+  if (Info == nullptr || Info->Popup) return nullptr;
+  auto List = std::make_unique<ListObject> ();
+  ListObject *Object = List.get ();
+  LIST_CONTROL &L = List->Data;
+  L.Control.Kind = CONTROL_KIND_LIST;
+  L.Control.Flags = WINDOW_FLAG_ENABLED | WINDOW_FLAG_FOCUSABLE;
+  L.Control.X = X;
+  L.Control.Y = Y;
+  L.Control.Width = Width;
+  L.Control.Height = Height;
+  L.Option = Style;
+  L.CurrentRow = 0;
+  CONTROL *Control = B ().AddControl (Parent, std::move (List), true, true);
+  if (Control == nullptr) return nullptr;
+  Object->UpdateLayout ();
+  return &Object->Data;
+}
+
+VOID EFIAPI OpAddColumn (LIST_CONTROL *Target, const CHAR8 *Title, UINT16 Capacity, UINT16 Width, BOOLEAN Sortable,
+                         BOOLEAN RightAligned) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || List->Columns.size () >= 255) return;
+  ListColumnInfo Column;
+  Column.Title = Title != nullptr ? CutText (reinterpret_cast<const char *> (Title), 255) : "";
+  Column.Capacity = Capacity;
+  Column.Width = Width;
+  Column.Sortable = Sortable != 0;
+  Column.RightAligned = RightAligned != 0;
+  List->Columns.push_back (Column);
+  List->Data.ColumnCount = static_cast<UINT16> (List->Columns.size ());
+}
+
+// Text of a cell: cut to the column's capacity less the terminator.
+std::string CellValue (const ListObject &List, size_t Column, const char *Text) {
+  size_t Capacity = Column < List.Columns.size () ? List.Columns[Column].Capacity : 192;
+  return CutText (Text, Capacity > 0 ? Capacity - 1 : 0);
+}
+
+UINT16 EFIAPI OpAddListItem (LIST_CONTROL *Target, UINT8 Icon, BOOLEAN IsDirectory, UINT32 EntryWord, UINT64 Size,
+                             const VOID *Entry) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || List->Rows.size () >= kMaxRows) return kNoRow;
+  auto Row = std::make_unique<ListRow> ();
+  Row->Item.Icon = Icon;
+  Row->Item.IsDirectory = IsDirectory ? 1 : 0;
+  Row->Item.EntryWord = EntryWord;
+  Row->Item.Size = Size;
+  std::string Name = EntryName (Entry);
+  std::memcpy (Row->Item.Name, Name.data (), Name.size ());
+  Row->Cells.push_back (CellValue (*List, 0, Name.c_str ()));
+  List->Rows.push_back (std::move (Row));
+  List->UpdateLayout ();
+  return static_cast<UINT16> (List->Rows.size () - 1);
+}
+
+VOID EFIAPI OpSetItemText (LIST_CONTROL *Target, UINT8 Column, UINT16 Row, const CHAR8 *Text) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || Row >= List->Rows.size ()) return;
+  if (!List->Columns.empty () && Column >= List->Columns.size ()) return;
+  auto &Cells = List->Rows[Row]->Cells;
+  if (Cells.size () <= Column) Cells.resize (Column + 1);
+  Cells[Column] = CellValue (*List, Column, Text != nullptr ? reinterpret_cast<const char *> (Text) : "");
+}
+
+LIST_ITEM *EFIAPI OpGetItem (LIST_CONTROL *Target, UINT16 Row) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || Row >= List->Rows.size ()) return nullptr;
+  return &List->Rows[Row]->Item;
+}
+
+LIST_ITEM *EFIAPI OpGetNextSelected (LIST_CONTROL *Target, UINT16 *Cursor) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || Cursor == nullptr) return nullptr;
+  for (size_t Row = *Cursor; Row < List->Rows.size (); Row++) {
+    if (List->Rows[Row]->Item.Selected == 0) continue;
+    *Cursor = static_cast<UINT16> (Row + 1);
+    return &List->Rows[Row]->Item;
+  }
+  *Cursor = static_cast<UINT16> (std::min<size_t> (List->Rows.size (), kNoRow));
+  return nullptr;
+}
+
+VOID EFIAPI OpClearList (LIST_CONTROL *Target) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr) return;
+  List->DropEdit ();
+  List->Rows.clear ();
+  List->Search.clear ();
+  List->Data.CurrentRow = 0;
+  List->Data.TopRow = 0;
+  List->UpdateLayout ();
+}
+
+VOID EFIAPI OpSetScrollPosition (CONTROL *ScrollBar, UINT16 Row) {
+  auto *Bar = dynamic_cast<ScrollBarObject *> (B ().FindControl (ScrollBar));
+  if (Bar == nullptr || Bar->List == nullptr) return;
+  LIST_CONTROL &L = Bar->List->Data;
+  uint16_t MaxTop = L.RowCount > L.VisibleRows ? static_cast<uint16_t> (L.RowCount - L.VisibleRows) : 0;
+  L.TopRow = std::min<UINT16> (Row, MaxTop);
+}
+
+VOID EFIAPI OpBeginNewItem (LIST_CONTROL *Target, UINT8 Icon, BOOLEAN IsDirectory, const CHAR8 *DefaultName) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || List->Rows.size () >= kMaxRows) return;
+  if (List->Edit != nullptr) FinishListEdit (List, List->Edit->Text ? reinterpret_cast<char *> (List->Edit->Text) : "", false);
+  if (AsList (Target) != List) return;
+  auto Row = std::make_unique<ListRow> ();
+  Row->Item.Icon = Icon;
+  Row->Item.IsDirectory = IsDirectory ? 1 : 0;
+  Row->NewItem = true;
+  std::string Name = DefaultName != nullptr ? CutText (reinterpret_cast<const char *> (DefaultName), kMaxEditText) : "";
+  std::memcpy (Row->Item.Name, Name.data (), Name.size ());
+  Row->Cells.push_back (CellValue (*List, 0, Name.c_str ()));
+  ListRow *Added = Row.get ();
+  for (auto &R : List->Rows) R->Item.Selected = 0;
+  Added->Item.Selected = 1;
+  List->Rows.push_back (std::move (Row));
+  List->Data.CurrentRow = static_cast<UINT16> (List->Rows.size () - 1);
+  List->UpdateLayout ();
+  uint16_t Last = List->Data.CurrentRow;
+  if (List->Data.VisibleRows > 0 && Last >= List->Data.TopRow + List->Data.VisibleRows)
+    List->Data.TopRow = static_cast<UINT16> (Last - List->Data.VisibleRows + 1);
+  StartListEdit (List, Added, true);
+}
+
+VOID EFIAPI OpBeginRename (LIST_CONTROL *Target, WINDOW_HEADER *) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr) return;
+  if (List->Edit != nullptr) FinishListEdit (List, reinterpret_cast<char *> (List->Edit->Text), false);
+  if (AsList (Target) != List) return;
+  uint16_t Row = List->Data.CurrentRow;
+  if (Row >= List->Rows.size ()) {
+    Row = kNoRow;
+    for (size_t I = 0; I < List->Rows.size (); I++)
+      if (List->Rows[I]->Item.Selected != 0) {
+        Row = static_cast<uint16_t> (I);
+        break;
+      }
+  }
+  if (Row == kNoRow) return;
+  StartListEdit (List, List->Rows[Row].get (), false);
+}
+
+}  // namespace
+
+void FillListOperations (CONTROL_DRIVER_PROTOCOL &T) {
+  T.CreateListView = OpCreateListView;
+  T.AddColumn = OpAddColumn;
+  T.AddListItem = OpAddListItem;
+  T.SetItemText = OpSetItemText;
+  T.GetItem = OpGetItem;
+  T.GetNextSelected = OpGetNextSelected;
+  T.ClearList = OpClearList;
+  T.SetScrollPosition = OpSetScrollPosition;
+  T.BeginNewItem = OpBeginNewItem;
+  T.BeginRename = OpBeginRename;
+}
+
+// ------------------------------------------------------ user actions
+
+void ControlDriver::SelectRows (LIST_CONTROL *Target, std::vector<uint16_t> Rows) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr) return;
+  WindowBase::State::Scope Guard (B ());
+  for (auto &Row : List->Rows) Row->Item.Selected = 0;
+  uint16_t Last = kNoRow;
+  for (uint16_t Row : Rows)
+    if (Row < List->Rows.size ()) {
+      List->Rows[Row]->Item.Selected = 1;
+      Last = Row;
+    }
+  if (Last != kNoRow) List->Data.CurrentRow = Last;
+  List->Search.clear ();
+  List->NotifySelection ();
+}
+
+std::vector<uint16_t> ControlDriver::SelectedRows (LIST_CONTROL *Target) const {
+  std::vector<uint16_t> Out;
+  if (ListObject *List = AsList (Target))
+    for (size_t I = 0; I < List->Rows.size (); I++)
+      if (List->Rows[I]->Item.Selected != 0) Out.push_back (static_cast<uint16_t> (I));
+  return Out;
+}
+
+void ControlDriver::ActivateRow (LIST_CONTROL *Target, uint16_t Row) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || Row >= List->Rows.size ()) return;
+  WindowBase::State::Scope Guard (B ());
+  for (auto &R : List->Rows) R->Item.Selected = 0;
+  List->Rows[Row]->Item.Selected = 1;
+  List->Data.CurrentRow = Row;
+  MESSAGE Message {};
+  Message.Type = MSG_NOTIFY;
+  Message.Code = NOTIFY_OPEN_ROW;
+  Message.Word6 = Row;
+  Message.Word10 = List->Data.Control.Id;
+  List->Notify (Message);
+}
+
+void ControlDriver::ContextClick (LIST_CONTROL *Target, uint16_t X, uint16_t Y) {
+  ListObject *List = AsList (Target);
+  if (List == nullptr) return;
+  WindowBase::State::Scope Guard (B ());
+  MESSAGE Message {};
+  Message.Type = MSG_NOTIFY;
+  Message.Code = NOTIFY_CONTEXT;
+  Message.Word2 = List->SelectedCount ();
+  Message.Word10 = List->Data.Control.Id;
+  Message.Word12 = X;
+  Message.Word14 = Y;
+  List->Notify (Message);
+}
+
+std::string ControlDriver::CellText (LIST_CONTROL *Target, uint8_t Column, uint16_t Row) const {
+  ListObject *List = AsList (Target);
+  if (List == nullptr || Row >= List->Rows.size ()) return {};
+  auto &Cells = List->Rows[Row]->Cells;
+  return Column < Cells.size () ? Cells[Column] : std::string ();
+}
+
+std::vector<ListColumnInfo> ControlDriver::Columns (LIST_CONTROL *Target) const {
+  ListObject *List = AsList (Target);
+  return List != nullptr ? List->Columns : std::vector<ListColumnInfo> ();
+}
+
+bool ControlDriver::Editing (LIST_CONTROL *Target) const {
+  ListObject *List = AsList (Target);
+  return List != nullptr && List->Edit != nullptr;
+}
+
+uint16_t ControlDriver::EditRow (LIST_CONTROL *Target) const {
+  ListObject *List = AsList (Target);
+  return List != nullptr && List->Edit != nullptr ? List->RowOf (List->EditRow) : kNoRow;
+}
+
+void ControlDriver::FinishEdit (LIST_CONTROL *Target, const std::string &Text, bool Apply) {
+  if (ListObject *List = AsList (Target)) FinishListEdit (List, Text, Apply);
+}
+
+uint16_t ControlDriver::RowHeight () const { return State_->RowHeight (); }
+uint16_t ControlDriver::HeaderHeight () const { return State_->HeaderHeight (); }
+
+}  // namespace env
