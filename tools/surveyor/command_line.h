@@ -1,0 +1,33 @@
+// The surveyor program's command line.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "env/environment.h"
+
+namespace surveyor {
+
+struct CommandLine {
+  std::string Command;                    // browse, run, compare
+  std::vector<std::string> Arguments;     // folders, scripts, or SOURCE BACKUP [PATH]
+  std::vector<env::VolumeSpec> Volumes;   // --volume options, in order
+  uint16_t ScreenWidth = 1024;
+  uint16_t ScreenHeight = 768;
+  std::string SettingsFile;               // empty: the per-user default
+  std::string SystemDir;                  // empty: the built assets
+  bool WithSettings = true;
+  bool WithNtfs = true;
+  bool CompareContents = false;
+  bool Help = false;
+};
+
+// Parses argv; on a mistake returns false with a message in Error.
+bool ParseCommandLine (int Argc, char **Argv, CommandLine &Out, std::string &Error);
+
+// Parses "DIR[,label=TEXT][,flags=N][,kind=N][,fs=N]" (numbers decimal or 0x hex).
+bool ParseVolumeSpec (const std::string &Text, env::VolumeSpec &Out, std::string &Error);
+
+extern const char *const UsageText;
+
+}  // namespace surveyor

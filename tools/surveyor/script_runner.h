@@ -1,0 +1,32 @@
+// Carries out the commands of a script against a loaded driver, as a user
+// and an application would: service operations and user input only.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tools/surveyor/screen_dump.h"
+#include "tools/surveyor/script.h"
+#include "tools/surveyor/session.h"
+
+namespace surveyor {
+
+class ScriptRunner {
+ public:
+  ScriptRunner (Session &S, std::ostream &Out);
+  // Runs every line; false (with a message on Out) at the first failure.
+  bool Run (const Script &S);
+
+ private:
+  bool Execute (const std::vector<std::string> &Words, std::string &Error);
+  bool Settle ();
+
+  Session &Session_;
+  std::ostream &Out_;
+  ScreenDump Dump_;
+  std::string PendingText_;     // typed into an in-place edit, applied by enter
+  bool HasPendingText_ = false;
+};
+
+}  // namespace surveyor
