@@ -1,0 +1,362 @@
+// The hex viewer on real files: layout, page texts, paging and its button
+// states, the non-zero page search, short reads and the refusals.
+#include <filesystem>
+#include <string>
+
+#include "core/strings.h"
+#include "env/controls/control_driver.h"
+#include "env/files/file_driver.h"
+#include "env/windows/window_base.h"
+#include "platform/library.h"
+#include "support/driver_fixture.h"
+#include "viewers/viewer_records.h"
+#include "viewers/viewers.h"
+
+namespace {
+
+std::string Text (const CHAR8 *S) { return S ? std::string (reinterpret_cast<const char *> (S)) : std::string (); }
+
+std::string HexString (const char *Key) { return Text (GetString ("HexFile"_a, reinterpret_cast<const CHAR8 *> (Key))); }
+
+std::string PageText (UINT32 Page) {
+  CHAR8 Buffer[64] = {};
+  AsciiSPrint (Buffer, sizeof (Buffer), GetString ("HexFile"_a, "tipCurrentPage"_a), Page);
+  return Text (Buffer);
+}
+
+class HexViewerTest : public DriverTest {
+ protected:
+  void SetUp () override {
+    DriverTest::SetUp ();
+    Volume = MakeVolume ("hex", 0, 0, 1, "DATA");
+  }
+
+  HEX_VIEWER *Open (const std::string &Path) {
+    return reinterpret_cast<HEX_VIEWER *> (OpenHexViewer (50, 50, reinterpret_cast<const CHAR8 *> (Path.c_str ()),
+                                                          (UINT8)Volume));
+  }
+  HEX_VIEWER *OpenWith (const std::string &Name, const std::string &Bytes) {
+    WriteFile (Volume, Name, Bytes);
+    return Open ("\\" + Name);
+  }
+  std::string Cell (HEX_VIEWER *Viewer, uint8_t Column, uint16_t Row) {
+    return Env ().controls ().CellText (Viewer->List, Column, Row);
+  }
+  std::string PageField (HEX_VIEWER *Viewer) { return Env ().windows ().WindowText (Viewer->PageField); }
+  UINTN Command (HEX_VIEWER *Viewer, uint16_t Code) { return Env ().windows ().SendSysCommand (&Viewer->Header, Code); }
+  bool Enabled (HEX_VIEWER *Viewer, UINT8 Id) {
+    CONTROL *Button = Wb ()->GetControl (&Viewer->Header, Id);
+    return Button != nullptr && (Button->Flags & WINDOW_FLAG_ENABLED) != 0;
+  }
+
+  int Volume = -1;
+};
+
+TEST_F (HexViewerTest, TwentyByteFileLaysOutTheWindowAndShowsTwoLines) {
+  HEX_VIEWER *Viewer = OpenWith ("small.bin", "ABCDEFGHIJKLMNOPQRST");
+  ASSERT_NE (Viewer, nullptr);
+  const UINT16 CH = Wb ()->CaptionHeight;
+  const UINT16 LH = Gui ()->GetLineHeight ();
+  ASSERT_EQ (Gui ()->GetCharWidth (), 8);
+
+  // 48 character widths + 4 wide, three quarters of that high, where asked.
+  EXPECT_EQ (Viewer->Header.ObjectSize, 840u);
+  EXPECT_EQ (Viewer->Header.X, 50);
+  EXPECT_EQ (Viewer->Header.Y, 50);
+  EXPECT_EQ (Viewer->Header.Width, 388);
+  EXPECT_EQ (Viewer->Header.Height, 291);
+  EXPECT_EQ (Env ().windows ().WindowText (&Viewer->Header), "DATA  \\small.bin");
+  EXPECT_EQ (Text (Viewer->Path), "\\small.bin");
+  EXPECT_EQ (Viewer->VolumeIndex, Volume);
+  EXPECT_EQ (Viewer->FileSize, 20u);
+  EXPECT_EQ (Viewer->PageCount, 1u);
+  EXPECT_EQ (Viewer->CurrentPage, 0u);
+  EXPECT_NE (Viewer->FileHandle, 0);
+
+  LIST_CONTROL *List = Viewer->List;
+  ASSERT_NE (List, nullptr);
+  EXPECT_EQ (List->Option, 1);
+  EXPECT_EQ (List->Control.X, 2);
+  EXPECT_EQ (List->Control.Y, CH + LH + 22);
+  EXPECT_EQ (List->Control.Width, 384);
+  EXPECT_EQ (List->Control.Height, 291 - (CH + LH + 24));
+
+  auto Columns = Env ().controls ().Columns (List);
+  ASSERT_EQ (Columns.size (), 18u);
+  EXPECT_EQ (Columns[0].Title, HexString ("offset"));
+  EXPECT_EQ (Columns[0].Capacity, 22);
+  EXPECT_EQ (Columns[0].Width, 32);
+  EXPECT_FALSE (Columns[0].Sortable || Columns[0].RightAligned);
+  const char *Titles[16] = {"00", "01", "02", "03", "04", "05", "06", "07",
+                            "08", "09", "0A", "0B", "0C", "0D", "0E", "0F"};
+  for (int C = 1; C <= 16; C++) {
+    EXPECT_EQ (Columns[C].Title, Titles[C - 1]);
+    EXPECT_EQ (Columns[C].Capacity, 4);
+    EXPECT_EQ (Columns[C].Width, 16);
+    EXPECT_TRUE (Columns[C].Sortable && Columns[C].RightAligned);
+  }
+  EXPECT_EQ (Columns[17].Title, "ASCII");
+  EXPECT_EQ (Columns[17].Capacity, 19);
+  EXPECT_EQ (Columns[17].Width, 96);
+  EXPECT_FALSE (Columns[17].Sortable || Columns[17].RightAligned);
+
+  // Two lines: the second shows bytes 16 to 19 and "--" after them.
+  ASSERT_EQ (List->RowCount, 2);
+  EXPECT_EQ (Cell (Viewer, 0, 0), "0000");
+  EXPECT_EQ (Cell (Viewer, 0, 1), "0010");
+  EXPECT_EQ (Cell (Viewer, 1, 0), "41");
+  EXPECT_EQ (Cell (Viewer, 16, 0), "50");
+  EXPECT_EQ (Cell (Viewer, 17, 0), "ABCDEFGHIJKLMNOP");
+  EXPECT_EQ (Cell (Viewer, 1, 1), "51");
+  EXPECT_EQ (Cell (Viewer, 4, 1), "54");
+  for (int C = 5; C <= 16; C++) EXPECT_EQ (Cell (Viewer, C, 1), "--") << "column " << C;
+  EXPECT_EQ (Cell (Viewer, 17, 1), "QRST            ");
+
+  // Buttons from right to left: page down, page up, "!0<<", ">>!0".
+  struct {
+    UINT8 Id;
+    UINT16 X, Width;
+    std::string Text;
+  } Buttons[] = {{33, 288, 40, HexString ("pageup")},
+                 {34, 338, 40, HexString ("pagedown")},
+                 {35, 254, 24, "!0<<"},
+                 {36, 220, 24, ">>!0"}};
+  for (auto &B : Buttons) {
+    CONTROL *Button = Wb ()->GetControl (&Viewer->Header, B.Id);
+    ASSERT_NE (Button, nullptr) << "button " << int (B.Id);
+    EXPECT_EQ (Button->Kind, CONTROL_KIND_BUTTON);
+    EXPECT_EQ (Button->X, B.X) << "button " << int (B.Id);
+    EXPECT_EQ (Button->Y, CH + 6);
+    EXPECT_EQ (Button->Width, B.Width);
+    EXPECT_EQ (Button->Height, LH + 10);
+    EXPECT_EQ (Env ().windows ().WindowText (Button), B.Text);
+  }
+
+  // The information label, then the page field up to the leftmost button.
+  CHAR8 Information[512] = {};
+  AsciiSPrint (Information, sizeof (Information), GetString ("HexFile"_a, "tipFileInfo"_a), (UINT64)20, (UINT32)1);
+  UINT16 T = Gui ()->GetTextWidth (Information);
+  CONTROL *Label = nullptr;
+  for (CONTROL *C : Env ().windows ().Controls (&Viewer->Header))
+    if (C->Kind == CONTROL_KIND_TEXT_FIELD && C != Viewer->PageField) Label = C;
+  ASSERT_NE (Label, nullptr);
+  EXPECT_EQ (Env ().windows ().WindowText (Label), Text (Information));
+  EXPECT_EQ (Label->X, 3);
+  EXPECT_EQ (Label->Y, CH + 6);
+  EXPECT_EQ (Label->Width, T + 4);
+  ASSERT_NE (Viewer->PageField, nullptr);
+  EXPECT_EQ (Viewer->PageField->X, T + 11);
+  EXPECT_EQ (Viewer->PageField->Width, 220 - (T + 7) - 8);
+  EXPECT_EQ (PageField (Viewer), PageText (0));
+}
+
+TEST_F (HexViewerTest, TextColumnShowsControlBytesPrintablesAndDoubleByteCharacters) {
+  std::string Bytes (64, 'x');
+  Bytes[0] = '\x1F';
+  Bytes[1] = '\x20';
+  Bytes[2] = '\x7F';
+  Bytes[3] = '\x80';
+  Bytes[4] = '\x41';
+  Bytes[5] = '\x00';
+  Bytes[15] = '\xB0';   // lead byte in the last column: its pair is line 1's first byte
+  Bytes[16] = '\xA1';
+  Bytes[17] = 'y';
+  Bytes[30] = '\xC4';   // a pair that ends exactly at the line's end
+  Bytes[31] = '\xE3';
+  HEX_VIEWER *Viewer = OpenWith ("text.bin", Bytes);
+  ASSERT_NE (Viewer, nullptr);
+
+  EXPECT_EQ (Cell (Viewer, 1, 0), "1F");
+  EXPECT_EQ (Cell (Viewer, 2, 0), "20");
+  EXPECT_EQ (Cell (Viewer, 3, 0), "7F");
+  EXPECT_EQ (Cell (Viewer, 4, 0), "80");
+  EXPECT_EQ (Cell (Viewer, 6, 0), "00");
+  EXPECT_EQ (Cell (Viewer, 16, 0), "B0");
+  EXPECT_EQ (Cell (Viewer, 1, 1), "A1");
+  EXPECT_EQ (Cell (Viewer, 16, 1), "E3");
+
+  EXPECT_EQ (Cell (Viewer, 17, 0), ". \x7F" + std::string ("\x80\x41") + "." + std::string (9, 'x') + "\xB0\xA1");
+  EXPECT_EQ (Cell (Viewer, 17, 1), " y" + std::string (12, 'x') + "\xC4\xE3");
+  EXPECT_EQ (Cell (Viewer, 17, 2), "xxxxxxxxxxxxxxxx");
+  EXPECT_EQ (Cell (Viewer, 17, 3), "xxxxxxxxxxxxxxxx");
+}
+
+TEST_F (HexViewerTest, FullPageShowsAllLinesAndPagingDoesNothing) {
+  std::string Bytes (4096, '\x01');
+  Bytes[4095] = '\xB0';   // a lead byte with no second byte in the page: shown as "."
+  HEX_VIEWER *Viewer = OpenWith ("page.bin", Bytes);
+  ASSERT_NE (Viewer, nullptr);
+  EXPECT_EQ (Viewer->PageCount, 1u);
+  ASSERT_EQ (Viewer->List->RowCount, 256);
+  EXPECT_EQ (Cell (Viewer, 0, 255), "0FF0");
+  EXPECT_EQ (Cell (Viewer, 16, 255), "B0");
+  EXPECT_EQ (Cell (Viewer, 17, 255), std::string (16, '.'));
+
+  for (uint16_t Code : {33, 34, 35, 36}) {
+    EXPECT_EQ (Command (Viewer, Code), 0u) << "code " << Code;
+    EXPECT_EQ (Viewer->CurrentPage, 0u) << "code " << Code;
+  }
+  EXPECT_EQ (PageField (Viewer), PageText (0));
+}
+
+TEST_F (HexViewerTest, EmptyFileHasNoLinesAndNoPages) {
+  HEX_VIEWER *Viewer = OpenWith ("empty.bin", "");
+  ASSERT_NE (Viewer, nullptr);
+  EXPECT_EQ (Viewer->FileSize, 0u);
+  EXPECT_EQ (Viewer->PageCount, 0u);
+  EXPECT_EQ (Viewer->List->RowCount, 0);
+  EXPECT_EQ (PageField (Viewer), PageText (0));
+  for (uint16_t Code : {33, 34, 35, 36}) {
+    Command (Viewer, Code);
+    EXPECT_EQ (Viewer->CurrentPage, 0u) << "code " << Code;
+  }
+}
+
+TEST_F (HexViewerTest, PagingRewritesCellsAndFollowsTheButtonRules) {
+  std::string Bytes (4097, '\x5A');
+  Bytes[4096] = 'Q';
+  HEX_VIEWER *Viewer = OpenWith ("two.bin", Bytes);
+  ASSERT_NE (Viewer, nullptr);
+  EXPECT_EQ (Viewer->PageCount, 2u);
+  EXPECT_EQ (Viewer->List->RowCount, 256);
+
+  EXPECT_EQ (Command (Viewer, 34), 0u);
+  EXPECT_EQ (Viewer->CurrentPage, 1u);
+  EXPECT_EQ (PageField (Viewer), PageText (1));
+  EXPECT_EQ (Cell (Viewer, 0, 0), "0000");
+  EXPECT_EQ (Cell (Viewer, 1, 0), "51");
+  EXPECT_EQ (Cell (Viewer, 2, 0), "--");
+  EXPECT_EQ (Cell (Viewer, 1, 1), "--");
+  EXPECT_EQ (Cell (Viewer, 16, 255), "--");
+  EXPECT_EQ (Cell (Viewer, 17, 0), "Q               ");
+  EXPECT_EQ (Cell (Viewer, 17, 255), std::string (16, ' '));
+  EXPECT_FALSE (Enabled (Viewer, 34));
+  EXPECT_TRUE (Enabled (Viewer, 33));
+  EXPECT_TRUE (Enabled (Viewer, 35));
+  EXPECT_TRUE (Enabled (Viewer, 36));
+
+  Command (Viewer, 34);   // already on the last page
+  EXPECT_EQ (Viewer->CurrentPage, 1u);
+
+  Command (Viewer, 33);
+  EXPECT_EQ (Viewer->CurrentPage, 0u);
+  EXPECT_EQ (PageField (Viewer), PageText (0));
+  EXPECT_EQ (Cell (Viewer, 2, 0), "5A");
+  EXPECT_EQ (Cell (Viewer, 16, 255), "5A");
+  EXPECT_FALSE (Enabled (Viewer, 33));
+  EXPECT_TRUE (Enabled (Viewer, 34));
+  EXPECT_GT (Env ().windows ().RedrawCount (Viewer->List), 0u);
+  EXPECT_GT (Env ().windows ().RedrawCount (Viewer->PageField), 0u);
+
+  // Keys do not page; the handler takes only restore, close and activation.
+  Env ().windows ().SendKey (&Viewer->Header, 0, SCAN_CODE_DOWN, 0);
+  EXPECT_EQ (Viewer->CurrentPage, 0u);
+  MESSAGE Message = {};
+  Message.Type = MSG_ACTIVATE;
+  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 1);
+  Message.Type = MSG_SYSCOMMAND;
+  Message.Word2 = 2;
+  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 1);
+  Message.Word2 = 5;
+  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 0);
+  Message.Type = MSG_KEY;
+  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 0);
+}
+
+TEST_F (HexViewerTest, NonZeroSearchStopsOnDataOrAtTheEnds) {
+  // Pages: 0 zero, 1 zero, 2 data, 3 zero, 4 zero, 5 zero (shorter).
+  std::string Bytes (5 * 4096 + 100, '\0');
+  Bytes[2 * 4096 + 4095] = '\x01';
+  HEX_VIEWER *Viewer = OpenWith ("sparse.bin", Bytes);
+  ASSERT_NE (Viewer, nullptr);
+  ASSERT_EQ (Viewer->PageCount, 6u);
+
+  Command (Viewer, 36);
+  EXPECT_EQ (Viewer->CurrentPage, 2u);
+  EXPECT_EQ (Cell (Viewer, 16, 255), "01");
+  Command (Viewer, 36);
+  EXPECT_EQ (Viewer->CurrentPage, 5u);   // the rest is zero: the last page
+  EXPECT_FALSE (Enabled (Viewer, 34));
+  EXPECT_EQ (PageField (Viewer), PageText (5));
+  EXPECT_EQ (Cell (Viewer, 4, 6), "00");
+  EXPECT_EQ (Cell (Viewer, 5, 6), "--");
+  EXPECT_EQ (Cell (Viewer, 1, 7), "--");
+  Command (Viewer, 35);
+  EXPECT_EQ (Viewer->CurrentPage, 2u);
+  EXPECT_TRUE (Enabled (Viewer, 34));
+  Command (Viewer, 35);
+  EXPECT_EQ (Viewer->CurrentPage, 0u);   // only zero pages before it: page 0
+  EXPECT_FALSE (Enabled (Viewer, 33));
+  EXPECT_EQ (PageField (Viewer), PageText (0));
+}
+
+TEST_F (HexViewerTest, ShortReadKeepsThePageShown) {
+  std::string Bytes (3 * 4096, '\x11');
+  for (size_t I = 4096; I < Bytes.size (); I++) Bytes[I] = '\x22';
+  HEX_VIEWER *Viewer = OpenWith ("shrinks.bin", Bytes);
+  ASSERT_NE (Viewer, nullptr);
+  std::filesystem::resize_file (VolumePath (Volume) / "shrinks.bin", 5000);
+
+  Command (Viewer, 34);
+  EXPECT_EQ (Viewer->CurrentPage, 1u);            // the page number moves on ...
+  EXPECT_EQ (PageField (Viewer), PageText (0));   // ... but nothing on screen changes
+  EXPECT_EQ (Cell (Viewer, 1, 0), "11");
+  EXPECT_EQ (Cell (Viewer, 16, 255), "11");
+  EXPECT_EQ (Viewer->FileSize, 3u * 4096);
+}
+
+TEST_F (HexViewerTest, RefusalsShowTheirMessageAndOpenNothing) {
+  MakeDir (Volume, "folder");
+  size_t Windows = Env ().windows ().TopLevelWindows ().size ();
+
+  EXPECT_EQ (Open ("\\folder"), nullptr);
+  ASSERT_EQ (Env ().windows ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Env ().windows ().MessageBoxes ()[0].Style, 1);
+  EXPECT_EQ (Env ().windows ().MessageBoxes ()[0].Text, "\\folder");
+  EXPECT_EQ (Env ().windows ().MessageBoxes ()[0].Caption, HexString ("tip_notsupport"));
+
+  EXPECT_EQ (Open ("\\missing.bin"), nullptr);
+  ASSERT_EQ (Env ().windows ().MessageBoxes ().size (), 2u);
+  EXPECT_EQ (Env ().windows ().MessageBoxes ()[1].Text, "\\missing.bin");
+  EXPECT_EQ (Env ().windows ().MessageBoxes ()[1].Caption, HexString ("tip_failOpen"));
+
+  EXPECT_EQ (Env ().windows ().TopLevelWindows ().size (), Windows);
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 0u);
+}
+
+TEST_F (HexViewerTest, FilesOf64GiBAreRefusedJustBelowAreShown) {
+  auto Host = VolumePath (Volume);
+  WriteFile (Volume, "huge.bin", "");
+  WriteFile (Volume, "large.bin", "");
+  std::error_code Error;
+  std::filesystem::resize_file (Host / "huge.bin", 0x1000000000ull, Error);
+  if (!Error) std::filesystem::resize_file (Host / "large.bin", 0x1000000000ull - 1, Error);
+  if (Error) GTEST_SKIP () << "no sparse files here: " << Error.message ();
+
+  EXPECT_EQ (Open ("\\huge.bin"), nullptr);
+  ASSERT_EQ (Env ().windows ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Env ().windows ().MessageBoxes ()[0].Caption, HexString ("tip_notsupport"));
+
+  HEX_VIEWER *Viewer = Open ("\\large.bin");
+  ASSERT_NE (Viewer, nullptr);
+  EXPECT_EQ (Viewer->PageCount, 16777216u);
+  EXPECT_EQ (Viewer->List->RowCount, 256);
+  EXPECT_EQ (Env ().windows ().MessageBoxes ().size (), 1u);
+}
+
+TEST_F (HexViewerTest, EachCallOpensAWindowAndClosingReleasesTheFile) {
+  WriteFile (Volume, "a.bin", "abc");
+  HEX_VIEWER *First = Open ("\\a.bin");
+  HEX_VIEWER *Second = Open ("\\a.bin");
+  ASSERT_NE (First, nullptr);
+  ASSERT_NE (Second, nullptr);
+  EXPECT_NE (First, Second);
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 2u);
+
+  EXPECT_EQ (Command (First, 4), 1u);
+  Env ().windows ().PumpMessages ();
+  EXPECT_FALSE (Env ().windows ().IsWindow (First));
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
+}
+
+}  // namespace
