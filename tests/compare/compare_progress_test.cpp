@@ -1,0 +1,112 @@
+// Progress messages of a job to a window: the message record, and line
+// widths that follow the window's width with a floor of 33 characters.
+#include <cstring>
+#include <string>
+
+#include "compare_support.h"
+
+namespace {
+
+struct Received {
+  int Type, Code, Kind;
+  uint32_t ItemCount;
+  bool HasLine;
+  std::string Line;
+};
+std::vector<Received> gMessages;
+
+UINT8 EFIAPI RecordingHandler (WINDOW_HEADER *, MESSAGE *Message) {
+  if (Message->Type != MSG_NOTIFY) return 0;
+  Received R;
+  R.Type = Message->Type;
+  R.Code = Message->Code;
+  R.Kind = Message->Word2;
+  std::memcpy (&R.ItemCount, reinterpret_cast<const uint8_t *> (Message) + 4, 4);
+  R.HasLine = Message->Pointer8 != nullptr;
+  if (R.HasLine) R.Line = static_cast<const char *> (Message->Pointer8);
+  gMessages.push_back (R);
+  return 0;
+}
+
+class CompareProgressTest : public CompareTest {
+ protected:
+  WINDOW_HEADER *Listener (uint16_t Width) {
+    gMessages.clear ();
+    return Wb ()->CreateWindow (sizeof (WINDOW_HEADER), Wb ()->Desktop, RecordingHandler, nullptr, nullptr, 10, 10,
+                                Width, 200);
+  }
+  COMPARE_JOB *StartTo (WINDOW_HEADER *Window, const std::string &Path) {
+    return Surveyor ()->StartCompareJob (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
+                                         reinterpret_cast<const CHAR8 *> (Path.c_str ()), Window);
+  }
+  void RunJob () {
+    for (int I = 0; I < 1000 && !(gMessages.size () && gMessages.back ().Kind == 0xFFFF); I++)
+      Env ().windows ().RunTimerTick ();
+    ASSERT_EQ (gMessages.back ().Kind, 0xFFFF);
+  }
+};
+
+TEST_F (CompareProgressTest, MessagesCarryKindCountAndLine) {
+  Both ("dir1/sub/x", "1");
+  Put (Src, "dir1/new.txt", "1");
+  WINDOW_HEADER *Window = Listener (1000);   // (1000 - 10) / 4 = 247 characters
+  ASSERT_NE (StartTo (Window, "\\dir1"), nullptr);
+  RunJob ();
+  for (const Received &R : gMessages) {
+    EXPECT_EQ (R.Type, 4);
+    EXPECT_EQ (R.Code, 14);
+    EXPECT_EQ (R.HasLine, R.Kind != 0xFFFF);
+  }
+  // Kinds in walk order: root level, entry "sub", its level through its
+  // states, back to the root, entry "new.txt", then the differences.
+  std::vector<int> Kinds;
+  for (const Received &R : gMessages) Kinds.push_back (R.Kind);
+  std::vector<int> Want = {1, 2, 1, 1, 1, 1, 1, 2, 2, 1, 2, 3, 3, 0xFFFF};
+  EXPECT_EQ (Kinds, Want);
+  EXPECT_EQ (gMessages[0].Line, "\\dir1" + TextWith ("file count", {"2"}));
+  EXPECT_EQ (gMessages[1].Line, "sub" + Text ("folder mark"));
+  EXPECT_EQ (gMessages[11].Line, "\\dir1" + Text ("heading suffix"));
+  EXPECT_EQ (gMessages[12].Line, "  new.txt - " + Text ("file new"));
+  EXPECT_EQ (gMessages.back ().ItemCount, 3u);
+}
+
+TEST_F (CompareProgressTest, LineWidthHasAFloorOf33Characters) {
+  std::string Folder = "f123456789012345678901234567890";   // 31 characters
+  std::string File = "a234567890123456789012345678901234567890.txt";
+  Both (Folder + "/" + File, "1");
+  Both (Folder + "/" + Folder + "/x", "1");
+  WINDOW_HEADER *Narrow = Listener (100);   // (100 - 10) / 4 = 22, raised to 33
+  ASSERT_NE (StartTo (Narrow, "\\" + Folder), nullptr);
+  RunJob ();
+  std::string LevelSuffix = TextWith ("file count", {"2"});
+  const std::string &Level = gMessages[0].Line;
+  ASSERT_EQ (Level.substr (Level.size () - LevelSuffix.size ()), LevelSuffix);
+  EXPECT_EQ (Level.size () - LevelSuffix.size (), 19u);   // AppendFitted to 20: 19 bytes of path
+  EXPECT_EQ (Level.substr (0, 8), "\\f123456");
+  bool SawFile = false, SawFolder = false;
+  for (const Received &R : gMessages) {
+    if (R.Kind != 2) continue;
+    if (R.Line.find (Text ("folder mark")) != std::string::npos) {
+      SawFolder = true;
+      EXPECT_EQ (R.Line.size () - Text ("folder mark").size (), 19u) << Escaped (R.Line);
+    } else if (R.Line != "x") {
+      SawFile = true;
+      EXPECT_EQ (R.Line.size (), 32u) << R.Line;   // fitted to 33: 32 bytes
+      EXPECT_EQ (R.Line.substr (0, 4), "a234");
+      EXPECT_EQ (R.Line.substr (R.Line.size () - 4), ".txt");
+    }
+  }
+  EXPECT_TRUE (SawFile && SawFolder);
+
+  // A wide window is held to 255 characters.
+  WINDOW_HEADER *Wide = Listener (1100);
+  ASSERT_GE (Wide->Width, 1030);   // (1030 - 10) / 4 = 255
+  std::string Long = std::string (150, 'L') + "/" + std::string (150, 'M');
+  Both (Long + "/f", "1");
+  ASSERT_NE (StartTo (Wide, "\\" + std::string (150, 'L') + "\\" + std::string (150, 'M')), nullptr);
+  std::string Suffix = TextWith ("file count", {"1"});
+  EXPECT_EQ (gMessages[0].Line.size () - Suffix.size (), 241u);
+  RunJob ();
+}
+
+}  // namespace

@@ -1,0 +1,322 @@
+// The file comparison window: its rectangle, layout, the lines it shows, and
+// the result menu with its rules and commands on real files.
+#include <filesystem>
+#include <string>
+
+#include "compare/file_comparison.h"
+#include "compare_support.h"
+#include "env/controls/control_driver.h"
+#include "env/jobio/jobio_driver.h"
+#include "env/settings/settings_service.h"
+#include "filemanager/main_window.h"
+
+namespace {
+
+// The window's fields that the tests read (the 848-byte object's private part).
+struct ComparisonView {
+  WINDOW_HEADER Header;
+  CHAR8 RootPath[512];
+  UINT8 SourceVolume, BackupVolume;
+  UINT8 Reserved[6];
+  CONTROL *LevelField, *EntryField, *ResultLabel;
+  LOG_VIEW *LogView;
+  COMPARE_JOB *Job;
+  COMPARE_RESULT *Snapshot;
+};
+
+class FileComparisonTest : public CompareTest {
+ protected:
+  ComparisonView *Open (const std::string &Path) {
+    WINDOW_HEADER *W = OpenFileComparison (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
+                                           reinterpret_cast<const CHAR8 *> (Path.c_str ()));
+    EXPECT_NE (W, nullptr);
+    return reinterpret_cast<ComparisonView *> (W);
+  }
+  void Finish (ComparisonView *W) {
+    for (int I = 0; I < 100000 && W->Job != nullptr; I++) Env ().windows ().RunTimerTick ();
+    ASSERT_EQ (W->Job, nullptr);
+  }
+  std::vector<std::string> Log (ComparisonView *W) { return Env ().controls ().LogLines (W->LogView); }
+  // Right click on line Line at (X, Y) of the log view; the popup shown, or null.
+  WINDOW_HEADER *ContextClick (ComparisonView *W, uint16_t Line, uint16_t X = 5, uint16_t Y = 5) {
+    Env ().windows ().ClosePopup ();
+    Env ().controls ().SelectLogLine (W->LogView, Line);
+    Env ().controls ().LogContextClick (W->LogView, X, Y);
+    return Env ().windows ().ShownPopup ();
+  }
+  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) {
+    std::map<std::string, bool> Out;
+    for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup))
+      if (!Item.Separator) Out[Item.Text] = Item.Enabled;
+    return Out;
+  }
+  void Close (ComparisonView *W) {
+    Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
+    Env ().windows ().PumpMessages ();
+  }
+  // The result popup lives as long as the driver: make it once, then count
+  // pool blocks from there.
+  void MakeResultMenuFirst () {
+    Both ("warm/a", "1");
+    Put (Src, "warm/b", "1");
+    ComparisonView *W = Open ("\\warm");
+    Finish (W);
+    ASSERT_NE (ContextClick (W, 1), nullptr);
+    Env ().windows ().ClosePopup ();
+    Close (W);
+    Env ().settings ()->Set ("FileCmp", "Position", "");
+    RebaseAfterFirstUse ();
+  }
+  std::string Stored () {
+    std::string Value;
+    return Env ().settings ()->Get ("FileCmp", "Position", Value) ? Value : "(none)";
+  }
+};
+
+TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
+  Both ("r/a", "1");
+  ComparisonView *First = Open ("\\r");
+  EXPECT_EQ (First->Header.X, 100);
+  EXPECT_EQ (First->Header.Y, 100);
+  EXPECT_EQ (First->Header.Width, 400);
+  EXPECT_EQ (First->Header.Height, 320);
+  ComparisonView *Second = Open ("\\r");
+  EXPECT_EQ (Second->Header.X, 100);
+  EXPECT_EQ (Second->Header.Width, 400);
+
+  Close (First);
+  EXPECT_EQ (Stored (), "(none)") << "one of two windows closing stores nothing";
+  Env ().windows ().ResizeWindow (&Second->Header, 500, 400);
+  Second->Header.X = 120;
+  Second->Header.Y = 90;
+  Close (Second);
+  EXPECT_EQ (Stored (), "120,90,500,400");
+  ComparisonView *Third = Open ("\\r");
+  EXPECT_EQ (Third->Header.X, 120);
+  EXPECT_EQ (Third->Header.Y, 90);
+  EXPECT_EQ (Third->Header.Width, 500);
+  EXPECT_EQ (Third->Header.Height, 400);
+}
+
+class StoredRectangleTest : public FileComparisonTest {
+ protected:
+  bool AutoLoad () override { return false; }
+};
+
+TEST_F (StoredRectangleTest, FirstWindowOpensAtTheStoredRectangle) {
+  Env ().settings ()->Set ("FileCmp", "Position", "40,50,420,330");
+  LoadDriver ();
+  gProtocol = Surveyor ();
+  Src = MakeVolume ("s2");
+  Bak = MakeVolume ("b2");
+  ComparisonView *W = Open ("\\nothing");
+  EXPECT_EQ (W->Header.X, 40);
+  EXPECT_EQ (W->Header.Y, 50);
+  EXPECT_EQ (W->Header.Width, 420);
+  EXPECT_EQ (W->Header.Height, 330);
+}
+
+TEST_F (FileComparisonTest, ControlsAndResizeLayout) {
+  Both ("r/a", "1");
+  ComparisonView *W = Open ("\\r");
+  uint16_t CW = Gui ()->GetCharWidth (), LH = Gui ()->GetLineHeight (), CH = Wb ()->CaptionHeight;
+  EXPECT_EQ (Env ().windows ().WindowText (&W->Header),
+             Text ("title prefix") + reinterpret_cast<const char *> (Env ().files ().Table ()->Volumes[Src].Label) +
+                 Text ("title joint") + reinterpret_cast<const char *> (Env ().files ().Table ()->Volumes[Bak].Label));
+  EXPECT_NE (W->Header.Flags & 0x80, 0u);
+  EXPECT_EQ (W->LevelField->Y, CH + 6);
+  EXPECT_EQ (W->EntryField->Y, CH + 22 + LH);
+  EXPECT_EQ (W->LevelField->Width, 380);
+  EXPECT_EQ (Env ().windows ().WindowText (W->ResultLabel), Text ("result label"));
+  uint16_t Y3 = CH + 22 + LH + 16 + LH;
+  EXPECT_EQ (W->ResultLabel->Y, Y3);
+  CONTROL *Pause = Wb ()->GetControl (&W->Header, 33);
+  ASSERT_NE (Pause, nullptr);
+  EXPECT_EQ (Pause->X, 390 - 5 * CW);
+  EXPECT_EQ (Pause->Width, 5 * CW);
+  EXPECT_EQ (W->LogView->Control.Y, Y3 + 16 + LH);
+  EXPECT_EQ (W->LogView->Control.Height, 320 - (Y3 + 16 + LH) - 10);
+  EXPECT_EQ (Env ().controls ().LogPath (W->LogView), "\\r");
+  EXPECT_EQ (Env ().windows ().SendSysCommand (&W->Header, 33), 0u) << "the pause button is not acted on";
+
+  // Below the minimum (25 characters wide) the window keeps the minimum.
+  uint16_t MinHeight = CH + (LH + 16) * 6 + 10;
+  Env ().windows ().ResizeWindow (&W->Header, 100, 50);
+  EXPECT_EQ (W->Header.Width, 25 * CW);
+  EXPECT_EQ (W->Header.Height, MinHeight);
+  EXPECT_EQ (W->LevelField->Width, 25 * CW - 20);
+  EXPECT_EQ (W->EntryField->Width, 25 * CW - 20);
+  EXPECT_EQ (Pause->X, 25 * CW - 10 - 5 * CW);
+  EXPECT_EQ (W->LogView->Control.Width, 25 * CW - 20);
+  EXPECT_EQ (W->LogView->Control.Height, (MinHeight - 10) - (Y3 + LH + 10 + 6));
+  Env ().windows ().ResizeWindow (&W->Header, 640, 480);
+  EXPECT_EQ (W->Header.Width, 640);
+  EXPECT_EQ (W->LogView->Control.Height, 470 - (Y3 + LH + 10 + 6));
+}
+
+TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
+  Both ("same/a", "1");
+  Both ("same/b", "2");
+  ComparisonView *W = Open ("\\same");
+  EXPECT_EQ (W->Job->CompareContents, 0);
+  Finish (W);
+  EXPECT_NE (W->Snapshot, nullptr);
+  std::vector<std::string> Want = {TextWith ("finished", {"2"}), Text ("no differences")};
+  EXPECT_EQ (Log (W), Want);
+
+  // Two new entries and one changed: finished, added, changed in that order.
+  Put (Src, "w/a.txt", "new-content");
+  Put (Bak, "w/a.txt", "old");
+  Put (Src, "w/n1", "1");
+  Dir (Src, "w/n2");
+  ComparisonView *V = Open ("\\w");
+  Finish (V);
+  Want = {"\\w" + Text ("heading suffix"),
+          "  a.txt - " + Text ("file changed"),
+          "  n2 - " + Text ("folder new"),
+          "  n1 - " + Text ("file new"),
+          TextWith ("finished", {"3"}),
+          TextWith ("added", {"2"}),
+          TextWith ("changed", {"1"})};
+  std::vector<std::string> Got = Log (V);
+  ASSERT_EQ (Got.size (), Want.size ());
+  for (size_t I = 0; I < Want.size (); I++) EXPECT_EQ (Escaped (Got[I]), Escaped (Want[I])) << I;
+  EXPECT_EQ (Env ().windows ().TimerCount (), 0u);
+
+  // Deleted entries give the deleted line.
+  Dir (Src, "d");
+  Both ("d/keep", "k");
+  Put (Bak, "d/old", "1");
+  ComparisonView *D = Open ("\\d");
+  Finish (D);
+  Got = Log (D);
+  ASSERT_GE (Got.size (), 2u);
+  EXPECT_EQ (Got[Got.size () - 2], TextWith ("finished", {"2"}));
+  EXPECT_EQ (Got.back (), TextWith ("deleted", {"1"}));
+}
+
+TEST_F (FileComparisonTest, StartFailureShowsItsLinesAndNoMenu) {
+  ComparisonView *W = Open ("\\missing");
+  EXPECT_EQ (W->Job, nullptr);
+  std::vector<std::string> Want = {TextWith ("root missing", {"\\missing"}), Text ("compare failed"),
+                                   Text ("start failed")};
+  EXPECT_EQ (Log (W), Want);
+  for (uint16_t Line = 0; Line < 3; Line++) EXPECT_EQ (ContextClick (W, Line), nullptr) << Line;
+  EXPECT_TRUE (Env ().windows ().IsWindow (&W->Header)) << "the window stays open";
+}
+
+TEST_F (FileComparisonTest, ResultMenuFollowsTheLineCode) {
+  MakeResultMenuFirst ();
+  Put (Src, "m/a.txt", "changed!");
+  Put (Bak, "m/a.txt", "old");
+  Put (Src, "m/new.txt", "1");
+  Put (Bak, "m/gone.txt", "1");
+  ComparisonView *W = Open ("\\m");
+  Finish (W);
+  // 0 heading, 1 a.txt (11), 2 gone.txt (9), 3 new.txt (10), then the closing lines.
+  ASSERT_EQ (W->Snapshot->EntryCount, 4);
+  ASSERT_EQ (W->Snapshot->Entries[2].Code, 9);
+  ASSERT_EQ (W->Snapshot->Entries[3].Code, 10);
+
+  WINDOW_HEADER *Popup = ContextClick (W, 3);
+  ASSERT_NE (Popup, nullptr);
+  std::vector<std::string> Texts;
+  for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup))
+    Texts.push_back (Item.Separator ? "-" : Item.Text);
+  std::vector<std::string> WantTexts = {Text ("menu: open folder"), Text ("menu: open backup folder"), "-",
+                                        Text ("menu: delete file"), Text ("menu: copy file"),
+                                        Text ("menu: copy backup file")};
+  EXPECT_EQ (Texts, WantTexts);
+  auto E = Enabled (Popup);
+  EXPECT_FALSE (E[Text ("menu: copy backup file")]) << "new since the backup";
+  EXPECT_TRUE (E[Text ("menu: delete file")]);
+  EXPECT_TRUE (E[Text ("menu: copy file")]);
+
+  E = Enabled (ContextClick (W, 2));
+  EXPECT_FALSE (E[Text ("menu: delete file")]) << "deleted since the backup";
+  EXPECT_FALSE (E[Text ("menu: copy file")]);
+  EXPECT_TRUE (E[Text ("menu: copy backup file")]);
+
+  E = Enabled (ContextClick (W, 0));
+  EXPECT_TRUE (E[Text ("menu: delete file")] && E[Text ("menu: copy file")] && E[Text ("menu: copy backup file")]);
+
+  // The closing lines have no entry.
+  EXPECT_EQ (ContextClick (W, 4), nullptr);
+  EXPECT_EQ (ContextClick (W, 5), nullptr);
+
+  // Near the right and bottom edges the popup opens left of and above the click.
+  int32_t Ox, Oy;
+  Env ().windows ().ScreenOrigin (W->LogView, Ox, Oy);
+  Popup = ContextClick (W, 1, 10, 10);
+  ASSERT_NE (Popup, nullptr);
+  EXPECT_EQ (Popup->X, Ox + 10);
+  EXPECT_EQ (Popup->Y, Oy + 10);
+  uint16_t PopupWidth = Popup->Width, PopupHeight = Popup->Height;
+  W->Header.X = static_cast<UINT16> (Gui ()->ScreenWidth - W->Header.Width);
+  W->Header.Y = static_cast<UINT16> (Gui ()->ScreenHeight - W->Header.Height);
+  Env ().windows ().ScreenOrigin (W->LogView, Ox, Oy);
+  uint16_t X = static_cast<uint16_t> (W->LogView->Control.Width - 4), Y = static_cast<uint16_t> (W->LogView->Control.Height - 4);
+  Popup = ContextClick (W, 1, X, Y);
+  ASSERT_NE (Popup, nullptr);
+  EXPECT_EQ (Popup->X, Ox + X - PopupWidth);
+  EXPECT_EQ (Popup->Y, Oy + Y - PopupHeight);
+  Env ().windows ().ClosePopup ();
+}
+
+TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
+  MakeResultMenuFirst ();
+  Put (Src, "c/a.txt", "changed!");
+  Put (Bak, "c/a.txt", "old");
+  Put (Src, "c/new.txt", "1");
+  ComparisonView *W = Open ("\\c");
+  Finish (W);
+  // 0 heading \c, 1 a.txt (11), 2 new.txt (10).
+  auto &Jobio = Env ().jobio ();
+  ASSERT_NE (ContextClick (W, 1), nullptr);
+  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy file")));
+  EXPECT_EQ (Jobio.ClipboardVolume (), Src);
+  EXPECT_EQ (Jobio.ClipboardDirectory (), "\\c");
+  EXPECT_EQ (Jobio.ClipboardNames (), std::vector<std::string> {"a.txt"});
+
+  ASSERT_NE (ContextClick (W, 1), nullptr);
+  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy backup file")));
+  EXPECT_EQ (Jobio.ClipboardVolume (), Bak);
+
+  // A heading line puts the folder itself on the clipboard.
+  ASSERT_NE (ContextClick (W, 0), nullptr);
+  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy file")));
+  EXPECT_EQ (Jobio.ClipboardVolume (), Src);
+  EXPECT_EQ (Jobio.ClipboardDirectory (), "\\");
+  EXPECT_EQ (Jobio.ClipboardNames (), std::vector<std::string> {"c"});
+
+  // Delete removes the source file of the line.
+  ASSERT_TRUE (std::filesystem::exists (VolumePath (Src) / "c" / "new.txt"));
+  ASSERT_NE (ContextClick (W, 2), nullptr);
+  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: delete file")));
+  EXPECT_FALSE (std::filesystem::exists (VolumePath (Src) / "c" / "new.txt"));
+  EXPECT_TRUE (std::filesystem::exists (VolumePath (Src) / "c" / "a.txt"));
+
+  // Open backup folder: the main window of the backup volume, in the line's folder.
+  ASSERT_NE (ContextClick (W, 1), nullptr);
+  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: open backup folder")));
+  auto *Main = reinterpret_cast<MAIN_WINDOW *> (Env ().windows ().ActiveWindow ());
+  ASSERT_NE (Main, nullptr);
+  ASSERT_EQ (Main->Header.Handler, MainWindowHandler);
+  EXPECT_EQ (Main->VolumeIndex, Bak);
+  EXPECT_STREQ (reinterpret_cast<const char *> (Main->CurrentPath), "\\c");
+}
+
+TEST_F (FileComparisonTest, ClosingARunningComparisonFreesItsJob) {
+  for (int I = 0; I < 20; I++) Both ("big/f" + std::to_string (I), "x");
+  ComparisonView *W = Open ("\\big");
+  ASSERT_NE (W->Job, nullptr);
+  for (int I = 0; I < 5; I++) Env ().windows ().RunTimerTick ();
+  ASSERT_NE (W->Job, nullptr);
+  EXPECT_EQ (Env ().windows ().TimerCount (), 1u);
+  Close (W);
+  EXPECT_EQ (Env ().windows ().TimerCount (), 0u);
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 0u);
+  // The pool check at the end of the test covers the job, its result and buffers.
+}
+
+}  // namespace
