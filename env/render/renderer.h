@@ -1,0 +1,52 @@
+// Painting of the whole desktop into the GUI driver's framebuffer: the
+// desktop background, then every top-level window from the bottom of the
+// z-order to the top, then the popup menu that is open.
+//
+// A window is painted as a small window system would: its frame, title bar
+// (icon, title, close box) and background are drawn by the window base's
+// DefaultPaint (the renderer installs itself as the base's paint hook while it
+// paints), which the window's own paint callback runs first; after the
+// callback the renderer draws the window's controls in chain order, its
+// status line and its child windows (each again by its own paint callback,
+// then its controls).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "services/window_records.h"
+
+namespace env {
+
+class Environment;
+
+// Colours of the look.
+namespace colours {
+constexpr uint32_t Face = 0xD4D0C8;        // window and button face
+constexpr uint32_t Light = 0xFFFFFF;
+constexpr uint32_t Shadow = 0x808080;
+constexpr uint32_t DarkShadow = 0x404040;
+constexpr uint32_t Window = 0xFFFFFF;      // background of lists and fields
+constexpr uint32_t Text = 0x000000;
+constexpr uint32_t GreyText = 0x808080;
+constexpr uint32_t Selection = 0x0A246A;
+constexpr uint32_t SelectionText = 0xFFFFFF;
+constexpr uint32_t ActiveCaption = 0x0A246A;
+constexpr uint32_t InactiveCaption = 0x808080;
+constexpr uint32_t CaptionText = 0xFFFFFF;
+}  // namespace colours
+
+// Paints everything; returns the number of windows painted.
+size_t RenderDesktop (Environment &Env);
+
+// Layout of a top-level window's decoration (screen coordinates).
+struct WindowLayout {
+  int X = 0, Y = 0, Width = 0, Height = 0;
+  int CaptionHeight = 0;
+  int CloseX = 0, CloseY = 0, CloseWidth = 0, CloseHeight = 0;
+  int StatusY = 0, StatusHeight = 0;   // StatusHeight 0: no status line
+};
+WindowLayout LayoutOf (Environment &Env, WINDOW_HEADER *Window);
+
+}  // namespace env

@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "env/controls/control_driver.h"
+#include "env/gui/gui_driver.h"
+#include "env/images/ico_decoder.h"
+#include "env/render/renderer.h"
+#include "env/render/screenshot.h"
+#include "env/windows/window_base.h"
+#include "support/driver_fixture.h"
+
+namespace {
+
+unsigned PaintCalls = 0;
+
+// Accepts activation, so that the base raises the window.
+UINT8 EFIAPI Handler (WINDOW_HEADER *, MESSAGE *Message) { return Message->Type == MSG_ACTIVATE; }
+VOID EFIAPI Paint (WINDOW_HEADER *Window, MESSAGE *Message, VOID *Extra) {
+  PaintCalls++;
+  WINDOW_BASE_PROTOCOL *Wb = static_cast<WINDOW_BASE_PROTOCOL *> (nullptr);
+  (void)Wb;
+}
+VOID EFIAPI Command (VOID *, WINDOW_HEADER *) {}
+
+class RenderTest : public DriverTest {
+ protected:
+  bool AutoLoad () override { return false; }
+  env::GuiDriver &G () { return Env ().gui (); }
+  const CHAR8 *A (const char *S) { return reinterpret_cast<const CHAR8 *> (S); }
+
+  // Pixels of a colour inside a screen rectangle.
+  int Count (uint32_t Colour, int X, int Y, int W, int H) {
+    int N = 0;
+    for (int Py = Y; Py < Y + H; Py++)
+      for (int Px = X; Px < X + W; Px++) N += G ().PixelAt (Px, Py) == Colour;
+    return N;
+  }
+
+  WINDOW_HEADER *MakeWindow (const char *Title, UINT16 X, UINT16 Y, UINT16 W, UINT16 H, PAINT_CALLBACK P) {
+    WINDOW_HEADER *Win = Wb ()->CreateWindow (300, Wb ()->Desktop, Handler, P, nullptr, X, Y, W, H);
+    Wb ()->SetWindowText (Win, A (Title));
+    return Win;
+  }
+};
+
+// A paint callback as the driver's windows write them: DefaultPaint first.
+WINDOW_BASE_PROTOCOL *TheBase = nullptr;
+VOID EFIAPI DefaultThenNothing (WINDOW_HEADER *Window, MESSAGE *Message, VOID *Extra) {
+  PaintCalls++;
+  TheBase->DefaultPaint (Window, Message, Extra);
+}
+// A client that paints its whole client area white after DefaultPaint.
+VOID EFIAPI WhiteClient (WINDOW_HEADER *Window, MESSAGE *Message, VOID *Extra) {
+  PaintCalls++;
+  PAINT_CONTEXT C = TheBase->BeginPaint (Window);
+  TheBase->DefaultPaint (Window, Message, Extra);
+  UINT16 R[4];
+  TheBase->GetClientRect (Window, R);
+  TheBase->FillRect (C, R[0], R[1], R[2], R[3], 0xFFFFFF);
+}
+
+}  // namespace
+
+TEST_F (RenderTest, PaintsWindowsInZOrderWithTheirDecoration) {
+  TheBase = Wb ();
+  PaintCalls = 0;
+  const int Ch = Wb ()->CaptionHeight;
+  WINDOW_HEADER *Back = MakeWindow ("Back", 40, 40, 300, 200, DefaultThenNothing);
+  WINDOW_HEADER *Front = MakeWindow ("Front", 200, 100, 300, 200, WhiteClient);
+  Wb ()->ActivateWindow (Front);
+  EXPECT_EQ (env::RenderDesktop (Env ()), 2u);
+  EXPECT_EQ (PaintCalls, 2u);
+
+  EXPECT_EQ (G ().PixelAt (5, 5), env::kDesktopColour);
+  // Title bars: the active window's in the active colour, the other's not.
+  EXPECT_EQ (G ().PixelAt (200 + 150, 100 + 4), env::colours::ActiveCaption);
+  EXPECT_EQ (G ().PixelAt (40 + 100, 40 + 4), env::colours::InactiveCaption);
+  // Titles are drawn in the caption text colour.
+  EXPECT_GT (Count (env::colours::CaptionText, 200 + 4, 100 + 2, 60, Ch - 4), 10);
+  // Front covers Back where they overlap, and its client area is its own.
+  EXPECT_EQ (G ().PixelAt (250, 200), 0xFFFFFFu);
+  EXPECT_EQ (G ().PixelAt (100, 150), env::colours::Face);
+  // The close box sits at the right end of the title bar.
+  env::WindowLayout L = env::LayoutOf (Env (), Front);
+  EXPECT_EQ (L.CloseX + L.CloseWidth, 200 + 300 - 5);
+  EXPECT_GT (Count (env::colours::Text, L.CloseX, L.CloseY, L.CloseWidth, L.CloseHeight), 6);
+
+  // Raising Back repaints it over Front.
+  Wb ()->ActivateWindow (Back);
+  env::RenderDesktop (Env ());
+  EXPECT_EQ (G ().PixelAt (250, 200), env::colours::Face);
+}
+
+TEST_F (RenderTest, PaintsControlsListsStatusAndPopups) {
+  TheBase = Wb ();
+  WINDOW_HEADER *Win = MakeWindow ("Controls", 10, 10, 500, 400, DefaultThenNothing);
+  Wb ()->CreateButton (Win, 33, A ("OK"), 20, 340, 80, 26, 0);
+  Wb ()->CreateTextField (Win, 10, 30, 200, 26, 0, TRUE, A ("\\efi\\"));
+  LIST_CONTROL *List = Cd ()->CreateListView (Win, 10, 70, 400, 200, 0);
+  Cd ()->AddColumn (List, A ("Name"), 64, 200, TRUE, FALSE);
+  Cd ()->AddColumn (List, A ("Size"), 32, 100, TRUE, TRUE);
+  struct {
+    CHAR8 Name[64];
+  } Entry {};
+  for (const char *N : {"alpha.txt", "beta.bmp", "gamma"}) {
+    std::snprintf (reinterpret_cast<char *> (Entry.Name), sizeof Entry.Name, "%s", N);
+    UINT16 Row = Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 10, &Entry);
+    Cd ()->SetItemText (List, 1, Row, A ("10"));
+  }
+  Env ().controls ().SelectRows (List, {1});
+  Wb ()->SetStatusLayout (Win, 2);
+  Wb ()->SetStatusText (Win, 0, A ("3 objects"));
+  env::RenderDesktop (Env ());
+
+  int Lx = 10 + 10, Ly = 10 + Wb ()->CaptionHeight + 70;   // list on screen, client relative
+  int32_t Ox, Oy;
+  Env ().windows ().ScreenOrigin (List, Ox, Oy);
+  Lx = Ox, Ly = Oy;
+  int RowH = Env ().controls ().RowHeight (), HeadH = Env ().controls ().HeaderHeight ();
+  // Header row in the face colour with its titles, selected row 1 highlighted,
+  // row 0 on white with black text.
+  EXPECT_GT (Count (env::colours::Face, Lx + 1, Ly + 1, 200, HeadH), 200);
+  EXPECT_GT (Count (env::colours::Text, Lx + 1, Ly + 1, 200, HeadH), 20);
+  EXPECT_GT (Count (env::colours::Selection, Lx + 2, Ly + 1 + HeadH + RowH, 396, RowH), 396 * RowH / 2);
+  EXPECT_GT (Count (env::colours::SelectionText, Lx + 2, Ly + 1 + HeadH + RowH, 200, RowH), 20);
+  EXPECT_EQ (Count (env::colours::Selection, Lx + 2, Ly + 1 + HeadH, 396, RowH), 0);
+  EXPECT_GT (Count (env::colours::Text, Lx + 2, Ly + 1 + HeadH, 200, RowH), 20);
+  // Right-aligned size column: text ends near the column's right edge.
+  EXPECT_GT (Count (env::colours::Text, Lx + 1 + 200 + 70, Ly + 1 + HeadH, 30, RowH), 5);
+  EXPECT_EQ (Count (env::colours::Text, Lx + 1 + 200 + 2, Ly + 1 + HeadH, 40, RowH), 0);
+
+  // Status line text near the window's bottom.
+  env::WindowLayout L = env::LayoutOf (Env (), Win);
+  ASSERT_GT (L.StatusHeight, 0);
+  EXPECT_GT (Count (env::colours::Text, L.X + 2, L.StatusY, 200, L.StatusHeight), 20);
+
+  // A popup with a greyed item is drawn over everything.
+  WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (Win, 0, 0, 0);
+  Wb ()->AppendMenuItem (Popup, A ("Open"), Command, Win, ICON_NONE);
+  Wb ()->AppendMenuSeparator (Popup);
+  Wb ()->AppendMenuItem (Popup, A ("Delete"), nullptr, Win, ICON_NONE);
+  Wb ()->EnableMenuItem (Popup, nullptr, FALSE);
+  Wb ()->ShowPopupMenu (Popup);
+  ASSERT_EQ (Env ().windows ().ShownPopup (), Popup);
+  env::RenderDesktop (Env ());
+  int Px = Popup->X, Py = Popup->Y;
+  EXPECT_EQ (G ().PixelAt (Px + Popup->Width - 6, Py + 6), env::colours::Face);
+  EXPECT_GT (Count (env::colours::Text, Px, Py, Popup->Width, Popup->Height), 20);
+  env::SaveScreenshot ("/tmp/h-render.png");
+  Env ().windows ().ClosePopup ();
+  Wb ()->DestroyWindow (Popup);
+}
+
+TEST_F (RenderTest, ScreenshotHoldsTheFramebuffer) {
+  TheBase = Wb ();
+  MakeWindow ("Shot", 30, 30, 200, 120, DefaultThenNothing);
+  TempFolder Dir;
+  std::string Path = (Dir.Path () / "shot.png").string ();
+  ASSERT_TRUE (env::RenderScreenshot (Env (), Path));
+  std::ifstream In (Path, std::ios::binary);
+  std::vector<uint8_t> Bytes ((std::istreambuf_iterator<char> (In)), std::istreambuf_iterator<char> ());
+  env::DecodedImage Img;
+  ASSERT_TRUE (env::DecodePng (Bytes.data (), Bytes.size (), Img));
+  ASSERT_EQ (Img.Width, unsigned (G ().Width ()));
+  ASSERT_EQ (Img.Height, unsigned (G ().Height ()));
+  size_t Diff = 0;
+  for (size_t I = 0; I < Img.Pixels.size (); I++) Diff += Img.Pixels[I] != (0xFF000000u | G ().Framebuffer ()[I]);
+  EXPECT_EQ (Diff, 0u);
+  EXPECT_FALSE (env::SaveScreenshot ((Dir.Path () / "no" / "such" / "dir.png").string ()));
+}
