@@ -59,6 +59,8 @@ VOID EFIAPI OnProgress (COMPARE_JOB *Job, CHAR8 *Line, UINT32 ItemCount, BOOLEAN
   bool Difference = Count != R.LastEntryCount;
   R.LastEntryCount = Count;
   std::string Text = env::GbkToUtf8 (reinterpret_cast<const char *> (Line));
+  // Paths under the root "\" carry a doubled separator ("\\a"); one reads better.
+  if (Text.compare (0, 2, "\\\\") == 0) Text.erase (0, 1);
   if (Difference) {
     ClearProgress ();
     std::printf ("%s\n", Text.c_str ());

@@ -1,9 +1,12 @@
 #include "tools/surveyor/screen_output.h"
 
+#include "env/render/screenshot.h"
+
 namespace surveyor {
 
-bool SaveScreenshot (env::Environment &, const std::string &, std::string &Error) {
-  Error = "screenshots are not available in this build";
+bool SaveScreenshot (env::Environment &Env, const std::string &Path, std::string &Error) {
+  if (env::RenderScreenshot (Env, Path)) return true;
+  Error = "cannot write the screenshot " + Path;
   return false;
 }
 
