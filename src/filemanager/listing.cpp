@@ -7,7 +7,7 @@
 // the row from which the user descended.
 //
 // A step into a directory whose path would not fit in CurrentPath is refused
-// with a message box (text "OperationNotDone", caption the directory name);
+// with a message box (text "fail_path_too_long", caption the directory name);
 // the window keeps showing the directory it was on.
 
 #include "filemanager/listing.h"
@@ -210,7 +210,7 @@ VOID OpenItem (MAIN_WINDOW *Window, UINT16 Row) {
     return;
   }
   if (!TryEnterDirectory (Window, Name)) {
-    gWindowBase->MessageBox (1, GetString (nullptr, "OperationNotDone"_a), Name, 0);
+    gWindowBase->MessageBox (1, GetString (nullptr, "fail_path_too_long"_a), Name, 0);
     return;
   }
   Refresh (Window);

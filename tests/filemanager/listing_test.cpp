@@ -1,0 +1,224 @@
+// The directory listing, navigation with the remembered rows, and the status
+// texts.
+
+#include <filesystem>
+
+#include "filemanager/file_types.h"
+#include "filemanager/listing.h"
+#include "filemanager/main_window_fixture.h"
+#include "fileops/file_ops.h"
+#include "util/string_utils.h"
+
+namespace {
+
+TEST_F (MainWindowTest, CellsShowGroupedSizesTypesAndDates) {
+  int V = MakeVolume ("a");
+  MakeDir (V, "folder");
+  WriteFile (V, "n999.bin", std::string (999, 'x'));
+  WriteFile (V, "n1000.bin", std::string (1000, 'x'));
+  WriteFile (V, "n1234567.bin", std::string (1234567, 'x'));
+  WriteFile (V, "zero.txt", "");
+  WriteFile (V, "noext", "a");
+  MAIN_WINDOW *W = Open (V);
+  ASSERT_NE (W, nullptr);
+  EXPECT_EQ (Cell (W, 1, Row (W, "n999.bin")), "999");
+  EXPECT_EQ (Cell (W, 1, Row (W, "n1000.bin")), "1,000");
+  EXPECT_EQ (Cell (W, 1, Row (W, "n1234567.bin")), "1,234,567");
+  EXPECT_EQ (Cell (W, 1, Row (W, "zero.txt")), "0");
+  EXPECT_EQ (Cell (W, 2, Row (W, "folder")), Res (nullptr, "TypeDirectory"));
+  EXPECT_EQ (Cell (W, 2, Row (W, "zero.txt")), " ");
+
+  // Icons: directory, by extension, unknown without one.
+  LIST_ITEM *Folder = Cd ()->GetItem (W->List, Row (W, "folder"));
+  EXPECT_EQ (Folder->Icon, gFileIcons.Directory);
+  EXPECT_EQ (Folder->IsDirectory, 1);
+  EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, "zero.txt"))->Icon, gFileIcons.Text);
+  EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, "noext"))->Icon, gFileIcons.Unknown);
+  EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, "n1000.bin"))->Size, 1000u);
+
+  // The date column: the file driver's fields in the year.month.day form.
+  FILE_DRIVER_PROTOCOL *Files = Env ().files ().Table ();
+  UINT16 Handle = Files->OpenDirectory (static_cast<UINT8> (V), A8 ("\\"));
+  UINT16 Count = 0;
+  DIRECTORY_ENTRY *Entries = Files->ReadDirectory (Handle, &Count);
+  ASSERT_NE (Entries, nullptr);
+  for (UINT16 I = 0; I < Count; I++) {
+    const DIRECTORY_ENTRY &E = Entries[I];
+    std::string Name = reinterpret_cast<const char *> (E.Name);
+    EXPECT_EQ (Cell (W, 3, Row (W, Name)), Format ("%04d.%02d.%02d %02d:%02d:%02d", E.Year, E.Month, E.Day, E.Hour,
+                                                    E.Minute, E.Second))
+        << Name;
+    EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, Name))->EntryWord, E.EntryWord);
+  }
+  Fw ().FreePool (Entries);
+  Files->CloseHandle (Handle);
+}
+
+TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
+  int V = MakeVolume ("a");
+  for (int I = 0; I < 8; I++) MakeDir (V, "a/d" + std::to_string (I));
+  WriteFile (V, "a/d3/f.txt", "x");
+  MAIN_WINDOW *W = Open (V);
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "a")));
+  EXPECT_EQ (Path (W), "\\a");
+  EXPECT_EQ (W->Depth, 1);
+  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
+  EXPECT_TRUE (FileItem (W, "gouplayer").Enabled);
+  EXPECT_EQ (Status (W), "\\a\\");
+
+  Controls ().SelectRows (W->List, {5});
+  ASSERT_EQ (Row (W, "d3"), 5);
+  Controls ().ActivateRow (W->List, 5);
+  EXPECT_EQ (Path (W), "\\a\\d3");
+  EXPECT_EQ (W->Depth, 2);
+  EXPECT_EQ (W->List->CurrentRow, 0);
+
+  // ".." goes up and selects row 5 again; "." does nothing.
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, ".")));
+  EXPECT_EQ (Path (W), "\\a\\d3");
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
+  EXPECT_EQ (Path (W), "\\a");
+  EXPECT_EQ (W->List->CurrentRow, 5);
+
+  // The toolbar button goes up to the root, where going up is disabled and does nothing.
+  MENU_ITEM *Up = Button (W, GoUpCommand);
+  Up->Command (Up, &W->Header);
+  EXPECT_EQ (Path (W), "\\");
+  EXPECT_EQ (W->Depth, 0);
+  EXPECT_FALSE (Enabled (Up));
+  EXPECT_FALSE (FileItem (W, "gouplayer").Enabled);
+  unsigned Redraws = Base ().RedrawCount (W->List);
+  EXPECT_FALSE (GoUp (W));
+  Up->Command (Up, &W->Header);
+  EXPECT_EQ (Base ().RedrawCount (W->List), Redraws);
+}
+
+TEST_F (MainWindowTest, GoUpCutsOneComponentAndDepthIsRecounted) {
+  MAIN_WINDOW *W = Open (MakeVolume ("a"));
+  auto Up = [&] (const char *From) {
+    CopyString (W->CurrentPath, A8 (From));
+    GoUp (W);
+    return Path (W);
+  };
+  EXPECT_EQ (Up ("\\a\\b"), "\\a");
+  EXPECT_EQ (Up ("\\a\\b\\"), "\\a");
+  EXPECT_EQ (Up ("\\a"), "\\");
+  EXPECT_EQ (Up ("\\abc"), "\\");
+
+  auto Depth = [&] (const std::string &Of) {
+    CopyString (W->CurrentPath, A8 (Of.c_str ()));
+    W->RowStack[10] = 7;
+    RecountDepth (W);
+    EXPECT_EQ (W->RowStack[10], 0);
+    return W->Depth;
+  };
+  EXPECT_EQ (Depth ("\\"), 0);
+  EXPECT_EQ (Depth ("\\a"), 1);
+  EXPECT_EQ (Depth ("\\a\\b"), 2);
+  std::string Deep;
+  for (int I = 0; I < 70; I++) Deep += "\\x";
+  EXPECT_EQ (Depth (Deep), 63);
+}
+
+TEST_F (MainWindowTest, SixtyFourLevelsDownAndBack) {
+  int V = MakeVolume ("deep");
+  std::string Rel;
+  for (int I = 0; I < 64; I++) Rel += (I ? "/" : "") + std::string ("d");
+  MakeDir (V, Rel);
+  MAIN_WINDOW *W = Open (V);
+  size_t Before = Fw ().LiveAllocations ();
+  for (int I = 0; I < 64; I++) {
+    Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "d"))});
+    Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "d")));
+  }
+  EXPECT_EQ (Path (W).size (), 128u);
+  EXPECT_EQ (W->Depth, 63);
+  // Below level 63 a descent no longer resets the remembered row.
+  EXPECT_EQ (W->RowStack[63], 2);
+  for (int I = 0; I < 64; I++) Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
+  EXPECT_EQ (Path (W), "\\");
+  EXPECT_EQ (W->Depth, 0);
+  EXPECT_EQ (Names (W), std::vector<std::string> ({"d"}));
+  EXPECT_NE (W->DirHandle, 0);
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
+  EXPECT_EQ (Fw ().LiveAllocations (), Before);
+}
+
+TEST_F (MainWindowTest, TooLongPathIsRefusedAndWindowStaysUsable) {
+  int V = MakeVolume ("long");
+  std::string Name (100, 'n');
+  std::string Rel;
+  for (int I = 0; I < 6; I++) Rel += (I ? "/" : "") + Name;
+  MakeDir (V, Rel);
+  MAIN_WINDOW *W = Open (V);
+  Base ().ClearMessageBoxes ();
+  for (int I = 0; I < 5; I++) Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, Name)));
+  EXPECT_EQ (Path (W).size (), 505u);
+  EXPECT_EQ (W->Depth, 5);
+  EXPECT_TRUE (Base ().MessageBoxes ().empty ());
+
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, Name)));
+  EXPECT_EQ (Path (W).size (), 505u);
+  EXPECT_EQ (W->Depth, 5);
+  ASSERT_EQ (Base ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Base ().MessageBoxes ()[0].Text, Res (nullptr, "fail_path_too_long"));
+  EXPECT_EQ (Base ().MessageBoxes ()[0].Caption, Name);
+  EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", Name}));
+
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
+  EXPECT_EQ (Path (W).size (), 404u);
+  EXPECT_EQ (W->Depth, 4);
+}
+
+TEST_F (MainWindowTest, StatusTextsFollowSelection) {
+  int V = MakeVolume ("a");
+  MakeDir (V, "sub");
+  for (const char *N : {"one.txt", "two.txt", "three.txt"}) WriteFile (V, std::string ("sub/") + N, "x");
+  MAIN_WINDOW *W = Open (V, "\\sub");
+  ASSERT_EQ (W->List->RowCount, 5);
+  CONTROL *Field = reinterpret_cast<MENU_HEADER *> (W->MenuBar)->PathField;
+
+  Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "two.txt"))});
+  EXPECT_EQ (Status (W), "\\sub\\two.txt");
+  EXPECT_EQ (Base ().WindowText (Field), "\\sub\\two.txt");
+  EXPECT_TRUE (Enabled (Button (W, CopyCommand)));
+  EXPECT_TRUE (Enabled (Button (W, DeleteCommand)));
+  EXPECT_TRUE (FileItem (W, "delete").Enabled);
+
+  Controls ().SelectRows (W->List, {2, 3, 4});
+  EXPECT_EQ (Status (W), Format (Res (nullptr, "files_selected"), 3));
+
+  Controls ().SelectRows (W->List, {});
+  EXPECT_EQ (Status (W), Format (Res (nullptr, "files_total"), 5));
+  EXPECT_FALSE (Enabled (Button (W, CopyCommand)));
+  EXPECT_FALSE (Enabled (Button (W, DeleteCommand)));
+  EXPECT_FALSE (FileItem (W, "copy file").Enabled);
+}
+
+TEST_F (MainWindowTest, PathStatusStopsAt250Characters) {
+  int V = MakeVolume ("a");
+  std::string A (150, 'a');
+  std::string B249 (97, 'b'), B250 (98, 'b');   // "\" + 150 + "\" + 97 = 249
+  MakeDir (V, A + "/" + B249);
+  MakeDir (V, A + "/" + B250);
+  MAIN_WINDOW *W = Open (V);
+  std::string Path249 = "\\" + A + "\\" + B249;
+  Open (V, Path249.c_str ());
+  EXPECT_EQ (Status (W), Path249 + "\\");
+  std::string Path250 = "\\" + A + "\\" + B250;
+  Open (V, Path250.c_str ());
+  EXPECT_EQ (Path (W), Path250);
+  EXPECT_EQ (Status (W), Path249 + "\\");
+}
+
+TEST_F (MainWindowTest, ReadOnlySelectionKeepsDeleteDisabled) {
+  int V = MakeVolume ("ro", 0x80);
+  WriteFile (V, "f.txt", "x");
+  MAIN_WINDOW *W = Open (V);
+  Controls ().SelectRows (W->List, {0});
+  EXPECT_TRUE (Enabled (Button (W, CopyCommand)));
+  EXPECT_FALSE (Enabled (Button (W, DeleteCommand)));
+  EXPECT_FALSE (FileItem (W, "delete").Enabled);
+}
+
+}  // namespace

@@ -1,0 +1,286 @@
+// The menu header: rows and their placement, item packing, enabling, the path
+// field, and keyboard navigation between menu titles.
+
+#include <string>
+#include <vector>
+
+#include "env/windows/window_base.h"
+#include "menu_header/menu_header.h"
+#include "support/driver_fixture.h"
+
+namespace {
+
+std::vector<MESSAGE> gOwnerMessages;
+
+UINT8 EFIAPI OwnerHandler (WINDOW_HEADER *, MESSAGE *Message) {
+  gOwnerMessages.push_back (*Message);
+  return 0;
+}
+VOID EFIAPI OwnerPaint (WINDOW_HEADER *, MESSAGE *, VOID *) {}
+VOID EFIAPI OwnerDestroy (WINDOW_HEADER *) {}
+VOID EFIAPI CommandA (VOID *, WINDOW_HEADER *) {}
+VOID EFIAPI CommandB (VOID *, WINDOW_HEADER *) {}
+VOID EFIAPI CommandC (VOID *, WINDOW_HEADER *) {}
+
+const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
+
+class MenuHeaderTest : public DriverTest {
+ protected:
+  void SetUp () override {
+    DriverTest::SetUp ();
+    gOwnerMessages.clear ();
+    Owner = Wb ()->CreateWindow (400, Wb ()->Desktop, OwnerHandler, OwnerPaint, OwnerDestroy, 10, 10, 500, 400);
+    ASSERT_NE (Owner, nullptr);
+  }
+  // Popups outlive their owner in the window base: the test destroys its own.
+  void TearDown () override {
+    for (WINDOW_HEADER *P : Popups_) Wb ()->DestroyWindow (P);
+    DriverTest::TearDown ();
+  }
+  WINDOW_HEADER *NewPopup () {
+    Popups_.push_back (Wb ()->CreatePopupMenu (Owner, 0, 0, 0));
+    return Popups_.back ();
+  }
+  std::vector<WINDOW_HEADER *> Popups_;
+  MENU_HEADER *Header (WINDOW_HEADER *H) { return reinterpret_cast<MENU_HEADER *> (H); }
+  UINTN SendKey (WINDOW_HEADER *H, CHAR16 Ch, UINT16 Scan, UINT32 Shift, UINT8 Byte1 = 0) {
+    MESSAGE Key{};
+    Key.Type = MSG_KEY;
+    Key.Code = Byte1;
+    Key.Word2 = Ch;
+    Key.Word4 = Scan;
+    Key.Dword8 = Shift;
+    return Wb ()->SendMessage (H, &Key);
+  }
+  env::WindowBase &Base () { return Env ().windows (); }
+  WINDOW_HEADER *Owner = nullptr;
+};
+
+TEST_F (MenuHeaderTest, RowsGiveHeightAndPathRowPlacement) {
+  UINT16 Lh = Gui ()->GetLineHeight ();
+  WINDOW_HEADER *Full = Surveyor ()->CreateMenuHeader (Owner, TRUE, TRUE);
+  ASSERT_NE (Full, nullptr);
+  EXPECT_EQ (Full->ObjectSize, 296u);
+  EXPECT_EQ (Base ().WindowText (Full), "MENU_HDR");
+  EXPECT_EQ (Full->Parent, Owner);
+  EXPECT_EQ (Full->X, 2);
+  EXPECT_EQ (Full->Y, Wb ()->CaptionHeight);
+  EXPECT_EQ (Full->Width, 495);
+  EXPECT_EQ (Full->Height, (Lh + 10) * 3 + 20);
+  EXPECT_TRUE (Full->Flags & 0x80);
+
+  // Label then framed field, both on the path row.
+  std::vector<CONTROL *> Controls = Base ().Controls (Full);
+  ASSERT_GE (Controls.size (), 2u);
+  CONTROL *Label = Controls[0];
+  CONTROL *Field = Header (Full)->PathField;
+  ASSERT_EQ (Field, Controls[1]);
+  UINT16 T = Gui ()->GetTextWidth (A8 ("Path:"));
+  EXPECT_EQ (Base ().WindowText (Label), "Path:");
+  EXPECT_EQ (Label->X, 4);
+  EXPECT_EQ (Label->Width, T + 4);
+  EXPECT_EQ (Label->Y, 2 * Lh + 36);
+  EXPECT_EQ (Field->X, T + 10);
+  EXPECT_EQ (Field->Y, 2 * Lh + 36);
+  EXPECT_EQ (Field->Height, Lh + 10);
+  EXPECT_EQ (Field->X + Field->Width, 495 - 2);
+  EXPECT_EQ (Base ().WindowText (Field), "\\");
+
+  WINDOW_HEADER *MenuOnly = Surveyor ()->CreateMenuHeader (Owner, FALSE, FALSE);
+  EXPECT_EQ (MenuOnly->Height, Lh + 18);
+  EXPECT_EQ (Header (MenuOnly)->PathField, nullptr);
+  EXPECT_EQ (Surveyor ()->CreateMenuHeader (Owner, FALSE, TRUE)->Height, 2 * Lh + 34);
+  WINDOW_HEADER *PathOnly = Surveyor ()->CreateMenuHeader (Owner, TRUE, FALSE);
+  EXPECT_EQ (PathOnly->Height, 2 * Lh + 34);
+  EXPECT_EQ (Header (PathOnly)->PathField->Y, 2 * Lh + 36);
+
+  // After the owner grows, the field keeps its left edge and ends 2 pixels
+  // before the header's right edge.
+  Owner->Width = 700;
+  MESSAGE Resize{};
+  Resize.Type = MSG_RESIZE;
+  Wb ()->SendMessage (Full, &Resize);
+  EXPECT_EQ (Full->Width, 695);
+  EXPECT_EQ (Field->X, T + 10);
+  EXPECT_EQ (Field->X + Field->Width, 695 - 2);
+}
+
+TEST_F (MenuHeaderTest, ItemsPackPerRowAndTextItemsNeedText) {
+  UINT16 Lh = Gui ()->GetLineHeight ();
+  WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, TRUE, TRUE);
+  WINDOW_HEADER *Popup = NewPopup ();
+  EXPECT_EQ (Surveyor ()->AddHeaderItem (H, ICON_NONE, nullptr, nullptr, Popup, Owner), nullptr);
+  EXPECT_EQ (Header (H)->ItemGroup, 0u);
+
+  MENU_ITEM *File = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("File(F)"), nullptr, Popup, Owner);
+  ASSERT_NE (File, nullptr);
+  EXPECT_EQ (Header (H)->ItemGroup, File->ItemGroup);
+  EXPECT_NE (Header (H)->ItemGroup, 0u);
+  EXPECT_EQ (Popup->Owner, H);
+  MENU_ITEM *Icon1 = Surveyor ()->AddHeaderItem (H, 3, nullptr, CommandA, nullptr, Owner);
+  ASSERT_NE (Icon1, nullptr);
+  MENU_ITEM *Help = Surveyor ()->AddHeaderItem (H, 200, A8 ("Help(H)"), nullptr, nullptr, Owner);
+  MENU_ITEM *Icon2 = Surveyor ()->AddHeaderItem (H, 4, A8 ("Copy"), CommandB, nullptr, Owner);
+  ASSERT_NE (Help, nullptr);
+  ASSERT_NE (Icon2, nullptr);
+
+  EXPECT_EQ (File->Control.X, 4);
+  EXPECT_EQ (Help->Control.X, 4 + File->Control.Width);
+  EXPECT_EQ (Icon1->Control.X, 4);
+  EXPECT_EQ (Icon1->Control.Width, Lh + 20);
+  EXPECT_EQ (Icon2->Control.X, 4 + Lh + 20);
+  EXPECT_EQ (IconItemsWidth (H), 4 + 2 * (Lh + 20));
+  EXPECT_EQ (TextItemsWidth (H), 4 + File->Control.Width + Help->Control.Width);
+}
+
+TEST_F (MenuHeaderTest, EnableChangesOnlyTheItemWithThatCommand) {
+  WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, FALSE, TRUE);
+  // Without items nothing is looked at.
+  Surveyor ()->EnableHeaderItem (H, CommandA, FALSE, TRUE);
+  MENU_ITEM *A = Surveyor ()->AddHeaderItem (H, 1, nullptr, CommandA, nullptr, Owner);
+  MENU_ITEM *B = Surveyor ()->AddHeaderItem (H, 2, nullptr, CommandB, nullptr, Owner);
+  ASSERT_TRUE (A->Control.Flags & 0x01);
+  unsigned RedrawsA = Base ().RedrawCount (A);
+
+  Surveyor ()->EnableHeaderItem (H, CommandA, FALSE, TRUE);
+  EXPECT_FALSE (A->Control.Flags & 0x01);
+  EXPECT_TRUE (B->Control.Flags & 0x01);
+  EXPECT_GT (Base ().RedrawCount (A), RedrawsA);
+  RedrawsA = Base ().RedrawCount (A);
+
+  Surveyor ()->EnableHeaderItem (H, CommandA, FALSE, TRUE);   // already off
+  Surveyor ()->EnableHeaderItem (H, CommandC, TRUE, TRUE);
+  EXPECT_EQ (Base ().RedrawCount (A), RedrawsA);
+  EXPECT_FALSE (A->Control.Flags & 0x01);
+
+  Surveyor ()->EnableHeaderItem (H, CommandA, TRUE, FALSE);
+  EXPECT_TRUE (A->Control.Flags & 0x01);
+  EXPECT_EQ (Base ().RedrawCount (A), RedrawsA);
+}
+
+TEST_F (MenuHeaderTest, PathFieldShowsFittedPathWithSeparator) {
+  WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, TRUE, TRUE);
+  CONTROL *Field = Header (H)->PathField;
+  SetHeaderPath (H, A8 ("\\efi"), FALSE);
+  EXPECT_EQ (Base ().WindowText (Field), "\\efi\\");
+  SetHeaderPath (H, A8 ("\\efi\\"), FALSE);
+  EXPECT_EQ (Base ().WindowText (Field), "\\efi\\");
+  SetHeaderPath (H, A8 (""), FALSE);
+  EXPECT_EQ (Base ().WindowText (Field), "\\");
+
+  std::string Short = "\\" + std::string (123, 'a');   // 124 bytes: kept whole
+  SetHeaderPath (H, A8 (Short.c_str ()), FALSE);
+  EXPECT_EQ (Base ().WindowText (Field), Short + "\\");
+
+  std::string Long;
+  for (int I = 0; I < 200; I++) Long += static_cast<char> ('a' + I % 26);
+  unsigned Redraws = Base ().RedrawCount (Field);
+  SetHeaderPath (H, A8 (Long.c_str ()), TRUE);
+  EXPECT_EQ (Base ().WindowText (Field), Long.substr (0, 61) + "..." + Long.substr (200 - 61) + "\\");
+  EXPECT_GT (Base ().RedrawCount (Field), Redraws);
+
+  // A header without a path row ignores the call.
+  WINDOW_HEADER *NoPath = Surveyor ()->CreateMenuHeader (Owner, FALSE, TRUE);
+  SetHeaderPath (NoPath, A8 ("\\efi"), TRUE);
+  EXPECT_EQ (Header (NoPath)->PathField, nullptr);
+}
+
+TEST_F (MenuHeaderTest, HotkeysComeFromParenthesisedLetters) {
+  WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, FALSE, FALSE);
+  auto Hotkey = [&] (const char *Text) {
+    MENU_ITEM *Item = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 (Text), nullptr, nullptr, Owner);
+    return ItemHotkey (Item);
+  };
+  EXPECT_EQ (Hotkey ("File(F)"), 'F');
+  EXPECT_EQ (Hotkey ("(e)dit"), 'E');
+  EXPECT_EQ (Hotkey ("Open(1)(O)"), 'O');   // a parenthesised digit first
+  EXPECT_EQ (Hotkey ("Tools(12)"), 0);
+  EXPECT_EQ (Hotkey ("Plain"), 0);
+  EXPECT_EQ (Hotkey ("End("), 0);
+  EXPECT_EQ (Hotkey ("(x"), 0);
+}
+
+TEST_F (MenuHeaderTest, KeyboardMovesBetweenTitlesWithoutWrapping) {
+  WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, FALSE, TRUE);
+  WINDOW_HEADER *P1 = NewPopup ();
+  WINDOW_HEADER *P2 = NewPopup ();
+  WINDOW_HEADER *P3 = NewPopup ();
+  Surveyor ()->AddHeaderItem (H, 1, nullptr, CommandA, nullptr, Owner);   // a button, not a title
+  MENU_ITEM *T1 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("File(F)"), nullptr, P1, Owner);
+  MENU_ITEM *T2 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("View(1)(V)"), nullptr, P2, Owner);
+  MENU_ITEM *T3 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("Help(H)"), nullptr, P3, Owner);
+
+  // No current title: Right does nothing.
+  EXPECT_EQ (SendKey (H, 0, SCAN_CODE_RIGHT, 0), 0u);
+  EXPECT_EQ (H->FocusControl, nullptr);
+
+  // The menu key alone highlights the first title and gives the header the owner's keyboard.
+  EXPECT_EQ (SendKey (H, 0, SCAN_CODE_HOTKEY, 0, 1), 1u);
+  EXPECT_EQ (H->FocusControl, T1);
+  EXPECT_EQ (T1->Control.State, 2);
+  EXPECT_EQ (Owner->FocusControl, H);
+
+  EXPECT_EQ (SendKey (H, 0, SCAN_CODE_LEFT, 0), 0u);   // first: no wrap
+  EXPECT_EQ (H->FocusControl, T1);
+  SendKey (H, 0, SCAN_CODE_RIGHT, 0);
+  EXPECT_EQ (H->FocusControl, T2);
+  EXPECT_EQ (T1->Control.State, 0);
+  EXPECT_EQ (Header (H)->SkipForward, 1);
+  Base ().PumpMessages ();
+  SendKey (H, 0, SCAN_CODE_RIGHT, 0);
+  EXPECT_EQ (H->FocusControl, T3);
+  Base ().PumpMessages ();
+  SendKey (H, 0, SCAN_CODE_RIGHT, 0);   // last: no wrap
+  EXPECT_EQ (H->FocusControl, T3);
+  SendKey (H, 0, SCAN_CODE_LEFT, 0);
+  EXPECT_EQ (H->FocusControl, T2);
+  Base ().PumpMessages ();
+  Base ().ClosePopup ();
+  Base ().PumpMessages ();
+
+  // Alt with a letter opens the title holding it; Alt with a digit does nothing.
+  Wb ()->SetFocus (H, nullptr, 1);
+  EXPECT_EQ (SendKey (H, '1', 0, KEY_STATE_LEFT_ALT), 0u);
+  EXPECT_EQ (H->FocusControl, nullptr);
+  EXPECT_EQ (SendKey (H, 'v', 0, KEY_STATE_RIGHT_ALT), 1u);
+  EXPECT_EQ (H->FocusControl, T2);
+  Base ().PumpMessages ();
+  EXPECT_EQ (Base ().ShownPopup (), P2);
+  EXPECT_EQ (SendKey (H, 'q', 0, KEY_STATE_LEFT_ALT), 0u);
+  Base ().ClosePopup ();
+  Base ().PumpMessages ();
+}
+
+TEST_F (MenuHeaderTest, PopupNoticesMarkTitleAndReachOwnerUnlessSwitching) {
+  WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, FALSE, FALSE);
+  WINDOW_HEADER *P1 = NewPopup ();
+  WINDOW_HEADER *P2 = NewPopup ();
+  Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("A"), nullptr, P1, Owner);
+  MENU_ITEM *T2 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("B"), nullptr, P2, Owner);
+
+  MESSAGE Opened{};
+  Opened.Type = MSG_POPUP_OPENED;
+  Opened.Pointer8 = P2;
+  EXPECT_EQ (Wb ()->SendMessage (H, &Opened), 0u);
+  EXPECT_EQ (H->FocusControl, T2);
+
+  auto ClosedNotices = [&] {
+    size_t N = 0;
+    for (const MESSAGE &M : gOwnerMessages) N += M.Type == MSG_POPUP_CLOSED;
+    return N;
+  };
+  MESSAGE Closed{};
+  Closed.Type = MSG_POPUP_CLOSED;
+  Wb ()->SendMessage (H, &Closed);
+  Base ().PumpMessages ();
+  EXPECT_EQ (H->FocusControl, nullptr);
+  EXPECT_EQ (ClosedNotices (), 1u);
+
+  Header (H)->SkipForward = 1;
+  Wb ()->SendMessage (H, &Closed);
+  Base ().PumpMessages ();
+  EXPECT_EQ (ClosedNotices (), 1u);
+  EXPECT_EQ (Header (H)->SkipForward, 0);
+}
+
+}  // namespace
