@@ -1,0 +1,267 @@
+#include "env/desktop/desktop_input.h"
+
+#include <algorithm>
+
+#include "env/controls/control_driver.h"
+#include "env/environment.h"
+#include "env/gui/gui_driver.h"
+#include "env/render/renderer.h"
+#include "env/windows/window_base.h"
+
+namespace env {
+
+namespace {
+
+bool Inside (int X, int Y, int Rx, int Ry, int Rw, int Rh) { return X >= Rx && Y >= Ry && X < Rx + Rw && Y < Ry + Rh; }
+
+}  // namespace
+
+DesktopInput::DesktopInput (Environment &Env) : Env_ (Env) {}
+
+WINDOW_HEADER *DesktopInput::WindowAt (int X, int Y) const {
+  std::vector<WINDOW_HEADER *> Windows = Env_.windows ().TopLevelWindows ();
+  for (auto It = Windows.rbegin (); It != Windows.rend (); ++It) {
+    WindowLayout L = LayoutOf (Env_, *It);
+    if (Inside (X, Y, L.X, L.Y, L.Width, L.Height)) return *It;
+  }
+  return nullptr;
+}
+
+CONTROL *DesktopInput::ControlAt (WINDOW_HEADER *Window, int X, int Y) const {
+  WindowBase &Wb = Env_.windows ();
+  for (WINDOW_HEADER *Child : Wb.ChildWindows (Window)) {
+    int32_t Cx = 0, Cy = 0;
+    Wb.ScreenOrigin (Child, Cx, Cy);
+    if (!Inside (X, Y, Cx, Cy, Child->Width, Child->Height)) continue;
+    if (CONTROL *C = ControlAt (Child, X, Y)) return C;
+  }
+  std::vector<CONTROL *> Controls = Wb.Controls (Window);
+  // Later controls lie on top of earlier ones; scroll bars belong to their list.
+  for (auto It = Controls.rbegin (); It != Controls.rend (); ++It) {
+    CONTROL *C = *It;
+    if (C->Kind == CONTROL_KIND_SCROLL_BAR || C->Kind == CONTROL_KIND_CHILD_WINDOW) continue;
+    int32_t Cx = 0, Cy = 0;
+    Wb.ScreenOrigin (C, Cx, Cy);
+    int H = C->Height;
+    if (C->Kind == CONTROL_KIND_COMBO && reinterpret_cast<COMBO_BOX *> (C)->Open) {
+      H += static_cast<int> (Env_.controls ().ComboItems (reinterpret_cast<COMBO_BOX *> (C)).size ()) *
+           (Env_.gui ().Table ()->GetLineHeight () + 4) + 2;
+    }
+    if (Inside (X, Y, Cx, Cy, C->Width, H)) return C;
+  }
+  return nullptr;
+}
+
+uint16_t DesktopInput::ListRowAt (LIST_CONTROL *List, int X, int Y) const {
+  int32_t Lx = 0, Ly = 0;
+  Env_.windows ().ScreenOrigin (List, Lx, Ly);
+  int Top = Ly + 1 + Env_.controls ().HeaderHeight ();
+  if (Y < Top || !Inside (X, Y, Lx, Ly, List->Control.Width, List->Control.Height)) return 0xFFFF;
+  unsigned Row = List->TopRow + (Y - Top) / std::max<int> (1, Env_.controls ().RowHeight ());
+  return Row < List->RowCount ? static_cast<uint16_t> (Row) : 0xFFFF;
+}
+
+bool DesktopInput::ClickPopup (WINDOW_HEADER *Popup, int X, int Y) {
+  WindowBase &Wb = Env_.windows ();
+  if (!Inside (X, Y, Popup->X, Popup->Y, Popup->Width, Popup->Height)) {
+    Wb.ClosePopup ();
+    Wb.PumpMessages ();
+    return true;
+  }
+  for (const PopupItemInfo &It : Wb.PopupItems (Popup)) {
+    if (!It.Item || It.Separator) continue;
+    const CONTROL &R = It.Item->Control;
+    if (Inside (X, Y, Popup->X + R.X, Popup->Y + R.Y, R.Width, R.Height)) {
+      if (!It.Enabled) return false;
+      Wb.ChoosePopupItem (Popup, It.Text);
+      Wb.PumpMessages ();
+      return true;
+    }
+  }
+  return false;
+}
+
+bool DesktopInput::MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl, bool Shift) {
+  WindowBase &Wb = Env_.windows ();
+  WINDOW_BASE_PROTOCOL *T = Wb.Table ();
+  if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) return ClickPopup (Popup, X, Y);
+  WINDOW_HEADER *W = WindowAt (X, Y);
+  if (!W) return false;
+  if (Wb.ActiveWindow () != W) {
+    T->ActivateWindow (W);
+    Wb.PumpMessages ();
+    if (!Wb.IsWindow (W)) return true;
+  }
+  WindowLayout L = LayoutOf (Env_, W);
+  if (Inside (X, Y, L.CloseX, L.CloseY, L.CloseWidth, L.CloseHeight)) {
+    if (Button == MouseButton::Left) Wb.SendSysCommand (W, SYSCMD_CLOSE);
+    Wb.PumpMessages ();
+    return true;
+  }
+  if (Y < L.Y + L.CaptionHeight) {
+    if (Button == MouseButton::Left && Clicks == 2) {
+      Wb.SendSysCommand (W, SYSCMD_RESTORE);
+      Wb.PumpMessages ();
+    } else if (Button == MouseButton::Left) {
+      Dragging_ = W;
+      DragDx_ = X - W->X, DragDy_ = Y - W->Y;
+    }
+    return true;
+  }
+  CONTROL *C = ControlAt (W, X, Y);
+  bool Done = C && ClickControl (W, C, X, Y, Button, Clicks, Ctrl, Shift);
+  Wb.PumpMessages ();
+  return Done;
+}
+
+bool DesktopInput::ClickControl (WINDOW_HEADER *Window, CONTROL *C, int X, int Y, MouseButton Button, int Clicks,
+                                 bool Ctrl, bool Shift) {
+  WindowBase &Wb = Env_.windows ();
+  ControlDriver &Cd = Env_.controls ();
+  bool Left = Button == MouseButton::Left;
+  int32_t Cx = 0, Cy = 0;
+  Wb.ScreenOrigin (C, Cx, Cy);
+  switch (C->Kind) {
+    case CONTROL_KIND_MENU_ITEM:
+      if (!Left || !(C->Flags & WINDOW_FLAG_ENABLED)) return false;
+      return Wb.ClickMenuItem (reinterpret_cast<MENU_ITEM *> (C));
+    case CONTROL_KIND_BUTTON:
+      if (!Left || !(C->Flags & WINDOW_FLAG_ENABLED)) return false;
+      return Wb.ClickButton (C);
+    case CONTROL_KIND_TEXT_FIELD:
+    case CONTROL_KIND_EDIT:
+      Wb.Table ()->SetFocus (C->Parent ? C->Parent : Window, C, 1);
+      return true;
+    case CONTROL_KIND_LIST: {
+      auto *List = reinterpret_cast<LIST_CONTROL *> (C);
+      Wb.Table ()->SetFocus (C->Parent ? C->Parent : Window, C, 1);
+      // The scroll bar column: upper half scrolls up a page, lower half down.
+      if (List->ScrollBar && X >= Cx + C->Width - 17) {
+        int Page = std::max<int> (1, List->VisibleRows);
+        int Top = List->TopRow + (Y < Cy + C->Height / 2 ? -Page : Page);
+        Top = std::clamp (Top, 0, std::max (0, int (List->RowCount) - int (List->VisibleRows)));
+        Env_.controls ().Table ()->SetScrollPosition (List->ScrollBar, static_cast<UINT16> (Top));
+        return true;
+      }
+      uint16_t Row = ListRowAt (List, X, Y);
+      if (!Left) {
+        if (Row != 0xFFFF) {
+          std::vector<uint16_t> Sel = Cd.SelectedRows (List);
+          if (std::find (Sel.begin (), Sel.end (), Row) == Sel.end ()) Cd.SelectRows (List, {Row});
+        }
+        Cd.ContextClick (List, static_cast<uint16_t> (X - Cx), static_cast<uint16_t> (Y - Cy));
+        return true;
+      }
+      if (Row == 0xFFFF) return false;
+      if (Clicks >= 2) {
+        Cd.ActivateRow (List, Row);
+        return true;
+      }
+      std::vector<uint16_t> Sel = Cd.SelectedRows (List);
+      if (Ctrl) {
+        auto It = std::find (Sel.begin (), Sel.end (), Row);
+        if (It != Sel.end ()) Sel.erase (It); else Sel.push_back (Row);
+      } else if (Shift) {
+        Sel.clear ();
+        for (unsigned R = std::min (Anchor_, Row); R <= std::max (Anchor_, Row); R++) Sel.push_back (uint16_t (R));
+      } else {
+        Sel = {Row};
+      }
+      if (!Shift) Anchor_ = Row;
+      Cd.SelectRows (List, Sel);
+      return true;
+    }
+    case CONTROL_KIND_FILE_LIST: {
+      auto *Tree = reinterpret_cast<FILE_LIST *> (C);
+      int RowH = Env_.gui ().Table ()->GetLineHeight () + 2;
+      if (Y < Cy + 2) return false;
+      unsigned Index = Tree->TopItem + (Y - Cy - 2) / RowH;
+      std::vector<FILE_LIST_ITEM> Items = Cd.TreeItems (Tree);
+      if (Index >= Items.size ()) return false;
+      int BoxX = Cx + 4 + Items[Index].Depth * 16;
+      if (!Left) {
+        Cd.TreeContextClick (Tree, uint16_t (Index), uint16_t (X), uint16_t (Y));
+      } else if (Items[Index].HasChildren && X >= BoxX && X < BoxX + 10) {
+        Cd.ExpandTreeItem (Tree, uint16_t (Index));
+      } else if (Clicks >= 2) {
+        Cd.ActivateTreeItem (Tree, uint16_t (Index));
+      } else {
+        Cd.SelectTreeItem (Tree, uint16_t (Index));
+      }
+      return true;
+    }
+    case CONTROL_KIND_COMBO: {
+      auto *Combo = reinterpret_cast<COMBO_BOX *> (C);
+      int BoxH = std::min<int> (C->Height, Env_.gui ().Table ()->GetLineHeight () + 8);
+      if (Combo->Open && Y >= Cy + BoxH) {
+        int Row = (Y - Cy - BoxH - 1) / (Env_.gui ().Table ()->GetLineHeight () + 4);
+        Combo->Open = 0;
+        if (Row >= 0 && Row < int (Cd.ComboItems (Combo).size ())) Cd.ChooseComboRow (Combo, uint16_t (Row));
+        return true;
+      }
+      Combo->Open = Combo->Open ? 0 : 1;
+      return true;
+    }
+    case CONTROL_KIND_LOG_VIEW: {
+      auto *Log = reinterpret_cast<LOG_VIEW *> (C);
+      int RowH = Env_.gui ().Table ()->GetLineHeight () + 2;
+      unsigned Line = Log->TopLine + std::max (0, Y - Cy - 2) / RowH;
+      if (Line < Log->LineCount) Cd.SelectLogLine (Log, uint16_t (Line));
+      if (!Left) Cd.LogContextClick (Log, uint16_t (X), uint16_t (Y));
+      return true;
+    }
+    default:
+      return false;
+  }
+}
+
+void DesktopInput::MouseMove (int X, int Y) {
+  if (!Dragging_) return;
+  if (!Env_.windows ().IsWindow (Dragging_)) {
+    Dragging_ = nullptr;
+    return;
+  }
+  GuiDriver &Gui = Env_.gui ();
+  int Nx = std::clamp (X - DragDx_, 0, std::max (0, Gui.Width () - 40));
+  int Ny = std::clamp (Y - DragDy_, 0, std::max (0, Gui.Height () - 20));
+  Dragging_->X = static_cast<UINT16> (Nx);
+  Dragging_->Y = static_cast<UINT16> (Ny);
+}
+
+void DesktopInput::MouseUp (int, int) { Dragging_ = nullptr; }
+
+bool DesktopInput::Wheel (int X, int Y, int Lines) {
+  WINDOW_HEADER *W = WindowAt (X, Y);
+  if (!W || Env_.windows ().ShownPopup ()) return false;
+  CONTROL *C = ControlAt (W, X, Y);
+  if (!C) return false;
+  if (C->Kind == CONTROL_KIND_LIST) {
+    auto *List = reinterpret_cast<LIST_CONTROL *> (C);
+    if (!List->ScrollBar) return false;
+    int Top = std::clamp (int (List->TopRow) - Lines * 3, 0, std::max (0, int (List->RowCount) - int (List->VisibleRows)));
+    Env_.controls ().Table ()->SetScrollPosition (List->ScrollBar, static_cast<UINT16> (Top));
+    return true;
+  }
+  if (C->Kind == CONTROL_KIND_LOG_VIEW) {
+    auto *Log = reinterpret_cast<LOG_VIEW *> (C);
+    Log->TopLine = static_cast<UINT16> (std::clamp (int (Log->TopLine) - Lines * 3, 0, std::max (0, int (Log->LineCount) - 1)));
+    return true;
+  }
+  if (C->Kind == CONTROL_KIND_FILE_LIST) {
+    auto *Tree = reinterpret_cast<FILE_LIST *> (C);
+    Tree->TopItem = static_cast<UINT16> (std::clamp (int (Tree->TopItem) - Lines * 3, 0, std::max (0, int (Tree->ItemCount) - 1)));
+    return true;
+  }
+  return false;
+}
+
+bool DesktopInput::Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
+  WindowBase &Wb = Env_.windows ();
+  WINDOW_HEADER *W = Wb.ActiveWindow ();
+  if (!W) return false;
+  UINTN Taken = Wb.SendKey (W, Ch, Scan, Shift);
+  Wb.PumpMessages ();
+  return Taken != 0;
+}
+
+}  // namespace env

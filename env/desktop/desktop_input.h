@@ -1,0 +1,49 @@
+// The user's mouse and keyboard on the desktop, turned into the window
+// base's and control driver's user actions: activating and moving windows,
+// the close box, menu buttons, buttons, list rows (select, open, context
+// click, scroll), tree items, combo boxes, log lines, popup items, and keys
+// to the active window. It knows the layout the renderer draws; it has no
+// display of its own (the SDL desktop feeds it, and tests can too).
+#pragma once
+
+#include <cstdint>
+
+#include "services/window_records.h"
+
+namespace env {
+
+class Environment;
+
+enum class MouseButton { Left, Right };
+
+class DesktopInput {
+ public:
+  explicit DesktopInput (Environment &Env);
+
+  // Clicks is 2 for a double click. Returns true when something reacted.
+  bool MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl = false, bool Shift = false);
+  void MouseMove (int X, int Y);    // drags a window by its title bar
+  void MouseUp (int X, int Y);
+  // Wheel over a list, tree or log: positive Lines scroll up.
+  bool Wheel (int X, int Y, int Lines);
+  // A key for the active window (or the open popup).
+  bool Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift);
+
+  // The top-level window under a point, or nullptr.
+  WINDOW_HEADER *WindowAt (int X, int Y) const;
+  // The control under a point within a window (its child windows first), or nullptr.
+  CONTROL *ControlAt (WINDOW_HEADER *Window, int X, int Y) const;
+  // Row of a list under a screen point (0xFFFF when none).
+  uint16_t ListRowAt (LIST_CONTROL *List, int X, int Y) const;
+
+ private:
+  bool ClickControl (WINDOW_HEADER *Window, CONTROL *Control, int X, int Y, MouseButton Button, int Clicks, bool Ctrl,
+                     bool Shift);
+  bool ClickPopup (WINDOW_HEADER *Popup, int X, int Y);
+  Environment &Env_;
+  WINDOW_HEADER *Dragging_ = nullptr;
+  int DragDx_ = 0, DragDy_ = 0;
+  uint16_t Anchor_ = 0;
+};
+
+}  // namespace env

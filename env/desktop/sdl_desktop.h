@@ -1,0 +1,26 @@
+// The interactive desktop: an SDL2 window that shows the framebuffer and
+// hands the user's mouse and keyboard to the window system (DesktopInput).
+// Timers tick every TickMilliseconds; message boxes appear as SDL message
+// boxes and are answered with 1 when the user dismisses them.
+#pragma once
+
+#include <string>
+
+namespace env {
+
+class Environment;
+
+struct DesktopOptions {
+  std::string Title = "Surveyor";
+  int Scale = 1;                        // window pixels per framebuffer pixel
+  unsigned TickMilliseconds = 100;      // timer period
+  bool QuitWhenNoWindows = true;        // end when the last window closes
+  unsigned MaxFrames = 0;               // 0: until the user closes the window
+  std::string ScreenshotAtExit;         // PNG written when the loop ends
+};
+
+// Runs until the window is closed (or the options end it). Returns false
+// when no display can be opened (for example without X); nothing is changed then.
+bool RunDesktop (Environment &Env, const DesktopOptions &Options = DesktopOptions ());
+
+}  // namespace env
