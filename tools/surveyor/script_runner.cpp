@@ -78,6 +78,11 @@ static T *FirstOfKind (env::WindowBase &Wb, WINDOW_HEADER *W, uint8_t Kind) {
   return nullptr;
 }
 
+// A click in a list gives it the keyboard focus, as the window base does for the mouse.
+static void FocusList (env::WindowBase &Wb, WINDOW_HEADER *Window, LIST_CONTROL *List) {
+  if (Window != nullptr && Window->FocusControl != List) Wb.Table ()->SetFocus (Window, List, 1);
+}
+
 static bool RowOf (env::ControlDriver &Cd, LIST_CONTROL *List, const std::string &Word, uint16_t &Row) {
   unsigned long N = 0;
   if (ParseUnsigned (Word, 0xFFFE, N) && N < List->RowCount) {
@@ -170,12 +175,14 @@ bool ScriptRunner::Execute (const std::vector<std::string> &Words, std::string &
       }
       Rows.push_back (Row);
     }
+    FocusList (Wb, Active, List);
     Cd.SelectRows (List, Rows);
     return true;
   }
   if ((Command == "activate" || Command == "rclick") && Count == 2) {
     bool Context = Command == "rclick";
     if (LIST_CONTROL *List = FirstOfKind<LIST_CONTROL> (Wb, Active, CONTROL_KIND_LIST)) {
+      FocusList (Wb, Active, List);
       uint16_t Row = 0;
       if (Context && Words[1] == "none") {
         Cd.SelectRows (List, {});
