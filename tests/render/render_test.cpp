@@ -17,11 +17,6 @@ unsigned PaintCalls = 0;
 
 // Accepts activation, so that the base raises the window.
 UINT8 EFIAPI Handler (WINDOW_HEADER *, MESSAGE *Message) { return Message->Type == MSG_ACTIVATE; }
-VOID EFIAPI Paint (WINDOW_HEADER *Window, MESSAGE *Message, VOID *Extra) {
-  PaintCalls++;
-  WINDOW_BASE_PROTOCOL *Wb = static_cast<WINDOW_BASE_PROTOCOL *> (nullptr);
-  (void)Wb;
-}
 VOID EFIAPI Command (VOID *, WINDOW_HEADER *) {}
 
 class RenderTest : public DriverTest {
@@ -114,10 +109,9 @@ TEST_F (RenderTest, PaintsControlsListsStatusAndPopups) {
   Wb ()->SetStatusText (Win, 0, A ("3 objects"));
   env::RenderDesktop (Env ());
 
-  int Lx = 10 + 10, Ly = 10 + Wb ()->CaptionHeight + 70;   // list on screen, client relative
   int32_t Ox, Oy;
   Env ().windows ().ScreenOrigin (List, Ox, Oy);
-  Lx = Ox, Ly = Oy;
+  int Lx = Ox, Ly = Oy;
   int RowH = Env ().controls ().RowHeight (), HeadH = Env ().controls ().HeaderHeight ();
   // Header row in the face colour with its titles, selected row 1 highlighted,
   // row 0 on white with black text.
@@ -148,7 +142,6 @@ TEST_F (RenderTest, PaintsControlsListsStatusAndPopups) {
   int Px = Popup->X, Py = Popup->Y;
   EXPECT_EQ (G ().PixelAt (Px + Popup->Width - 6, Py + 6), env::colours::Face);
   EXPECT_GT (Count (env::colours::Text, Px, Py, Popup->Width, Popup->Height), 20);
-  env::SaveScreenshot ("/tmp/h-render.png");
   Env ().windows ().ClosePopup ();
   Wb ()->DestroyWindow (Popup);
 }

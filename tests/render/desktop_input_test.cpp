@@ -1,0 +1,194 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "env/controls/control_driver.h"
+#include "env/desktop/desktop_input.h"
+#include "env/desktop/sdl_desktop.h"
+#include "env/gui/gui_driver.h"
+#include "env/render/renderer.h"
+#include "env/windows/window_base.h"
+#include "support/driver_fixture.h"
+
+namespace {
+
+std::vector<MESSAGE> Received;
+unsigned CommandRuns = 0;
+
+UINT8 EFIAPI Recorder (WINDOW_HEADER *, MESSAGE *Message) {
+  Received.push_back (*Message);
+  return Message->Type == MSG_ACTIVATE || (Message->Type == MSG_SYSCOMMAND && Message->Word2 == SYSCMD_CLOSE);
+}
+VOID EFIAPI Command (VOID *, WINDOW_HEADER *) { CommandRuns++; }
+
+bool Got (uint8_t Type, uint8_t Code = 0) {
+  for (const MESSAGE &M : Received)
+    if (M.Type == Type && (Code == 0 || M.Code == Code)) return true;
+  return false;
+}
+const MESSAGE *Last (uint8_t Type) {
+  for (auto It = Received.rbegin (); It != Received.rend (); ++It)
+    if (It->Type == Type) return &*It;
+  return nullptr;
+}
+
+class DesktopInputTest : public DriverTest {
+ protected:
+  bool AutoLoad () override { return false; }
+  void SetUp () override {
+    DriverTest::SetUp ();
+    Received.clear ();
+    CommandRuns = 0;
+  }
+  const CHAR8 *A (const char *S) { return reinterpret_cast<const CHAR8 *> (S); }
+  WINDOW_HEADER *MakeWindow (UINT16 X, UINT16 Y, UINT16 W, UINT16 H) {
+    return Wb ()->CreateWindow (300, Wb ()->Desktop, Recorder, nullptr, nullptr, X, Y, W, H);
+  }
+  // Screen position of a point given relative to a control.
+  void At (const void *Target, int Dx, int Dy, int &X, int &Y) {
+    int32_t Ox, Oy;
+    Env ().windows ().ScreenOrigin (Target, Ox, Oy);
+    X = Ox + Dx, Y = Oy + Dy;
+  }
+};
+
+}  // namespace
+
+TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
+  env::DesktopInput In (Env ());
+  WINDOW_HEADER *Back = MakeWindow (50, 50, 300, 200);
+  WINDOW_HEADER *Front = MakeWindow (200, 100, 300, 200);
+  Wb ()->ActivateWindow (Front);
+  EXPECT_EQ (In.WindowAt (100, 100), Back);
+  EXPECT_EQ (In.WindowAt (250, 150), Front);
+  EXPECT_EQ (In.WindowAt (10, 10), nullptr);
+
+  // A click on the back window brings it to the front.
+  In.MouseDown (100, 120, env::MouseButton::Left, 1);
+  In.MouseUp (100, 120);
+  EXPECT_EQ (Env ().windows ().ActiveWindow (), Back);
+  EXPECT_EQ (Env ().windows ().TopLevelWindows ().back (), Back);
+
+  // Dragging the title bar moves it.
+  In.MouseDown (60, 55, env::MouseButton::Left, 1);
+  In.MouseMove (90, 75);
+  In.MouseUp (90, 75);
+  EXPECT_EQ (Back->X, 80);
+  EXPECT_EQ (Back->Y, 70);
+
+  // The close box sends the close command, which the window accepts.
+  env::WindowLayout L = env::LayoutOf (Env (), Back);
+  Received.clear ();
+  In.MouseDown (L.CloseX + 3, L.CloseY + 3, env::MouseButton::Left, 1);
+  EXPECT_TRUE (Got (MSG_SYSCOMMAND));
+  EXPECT_FALSE (Env ().windows ().IsWindow (Back));
+  EXPECT_EQ (Env ().windows ().TopLevelWindows ().size (), 1u);
+
+  // Keys go to the active window.
+  Wb ()->ActivateWindow (Front);
+  Received.clear ();
+  In.Key ('x', 0, 0);
+  ASSERT_NE (Last (MSG_KEY), nullptr);
+  EXPECT_EQ (Last (MSG_KEY)->Word2, 'x');
+}
+
+TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
+  env::DesktopInput In (Env ());
+  WINDOW_HEADER *W = MakeWindow (0, 0, 600, 500);
+  LIST_CONTROL *List = Cd ()->CreateListView (W, 10, 40, 400, 300, 0);
+  Cd ()->AddColumn (List, A ("Name"), 64, 200, TRUE, FALSE);
+  struct {
+    CHAR8 Name[16];
+  } Entry {};
+  for (int I = 0; I < 5; I++) {
+    Entry.Name[0] = static_cast<CHAR8> ('a' + I);
+    Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 0, &Entry);
+  }
+  env::ControlDriver &Ctl = Env ().controls ();
+  int RowH = Ctl.RowHeight (), Top = 1 + Ctl.HeaderHeight ();
+  int X, Y;
+  At (List, 50, Top + 2 * RowH + 3, X, Y);
+  EXPECT_EQ (In.ControlAt (W, X, Y), &List->Control);
+  EXPECT_EQ (In.ListRowAt (List, X, Y), 2);
+  In.MouseDown (X, Y, env::MouseButton::Left, 1);
+  EXPECT_EQ (Ctl.SelectedRows (List), std::vector<uint16_t> ({2}));
+  ASSERT_NE (Last (MSG_NOTIFY), nullptr);
+  EXPECT_EQ (Last (MSG_NOTIFY)->Code, NOTIFY_SELECTION);
+
+  int X0, Y0, X4, Y4;
+  At (List, 50, Top + 0 * RowH + 3, X0, Y0);
+  At (List, 50, Top + 4 * RowH + 3, X4, Y4);
+  In.MouseDown (X0, Y0, env::MouseButton::Left, 1, /*Ctrl*/ true);
+  auto Sel = Ctl.SelectedRows (List);
+  std::sort (Sel.begin (), Sel.end ());
+  EXPECT_EQ (Sel, std::vector<uint16_t> ({0, 2}));
+  In.MouseDown (X4, Y4, env::MouseButton::Left, 1, false, /*Shift*/ true);
+  Sel = Ctl.SelectedRows (List);
+  std::sort (Sel.begin (), Sel.end ());
+  EXPECT_EQ (Sel, std::vector<uint16_t> ({0, 1, 2, 3, 4}));
+
+  // Below the last row nothing is selected; a double click opens the row.
+  int Xe, Ye;
+  At (List, 50, Top + 6 * RowH + 3, Xe, Ye);
+  EXPECT_EQ (In.ListRowAt (List, Xe, Ye), 0xFFFF);
+  In.MouseDown (X, Y, env::MouseButton::Left, 2);
+  ASSERT_NE (Last (MSG_NOTIFY), nullptr);
+  EXPECT_EQ (Last (MSG_NOTIFY)->Code, NOTIFY_OPEN_ROW);
+  EXPECT_EQ (Last (MSG_NOTIFY)->Word6, 2);
+
+  // A right click keeps a selection that holds the row and reports the
+  // position relative to the list.
+  In.MouseDown (X, Y, env::MouseButton::Right, 1);
+  const MESSAGE *Ctx = Last (MSG_NOTIFY);
+  ASSERT_NE (Ctx, nullptr);
+  EXPECT_EQ (Ctx->Code, NOTIFY_CONTEXT);
+  const uint8_t *B = reinterpret_cast<const uint8_t *> (Ctx);
+  EXPECT_EQ (B[12] | (B[13] << 8), 50);
+  EXPECT_EQ (B[14] | (B[15] << 8), Top + 2 * RowH + 3);
+}
+
+TEST_F (DesktopInputTest, PopupsAndButtons) {
+  env::DesktopInput In (Env ());
+  WINDOW_HEADER *W = MakeWindow (100, 100, 400, 300);
+  CONTROL *Button = Wb ()->CreateButton (W, 33, A ("OK"), 20, 200, 80, 26, 0);
+  int X, Y;
+  At (Button, 10, 10, X, Y);
+  In.MouseDown (X, Y, env::MouseButton::Left, 1);
+  ASSERT_NE (Last (MSG_SYSCOMMAND), nullptr);
+  EXPECT_EQ (Last (MSG_SYSCOMMAND)->Word2, 33);
+
+  WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (W, 0, 0, 0);
+  Wb ()->AppendMenuItem (Popup, A ("Run"), Command, W, ICON_NONE);
+  Wb ()->AppendMenuItem (Popup, A ("Greyed"), Command, W, ICON_NONE);
+  Wb ()->ShowPopupMenu (Popup);
+  auto Items = Env ().windows ().PopupItems (Popup);
+  ASSERT_EQ (Items.size (), 2u);
+  const CONTROL &Run = Items[0].Item->Control;
+  In.MouseDown (Popup->X + Run.X + 5, Popup->Y + Run.Y + 3, env::MouseButton::Left, 1);
+  EXPECT_EQ (CommandRuns, 1u);
+  EXPECT_EQ (Env ().windows ().ShownPopup (), nullptr);
+
+  // A click outside an open popup only closes it.
+  Wb ()->ShowPopupMenu (Popup);
+  Received.clear ();
+  In.MouseDown (X, Y, env::MouseButton::Left, 1);
+  EXPECT_EQ (Env ().windows ().ShownPopup (), nullptr);
+  EXPECT_EQ (Last (MSG_SYSCOMMAND), nullptr);
+  EXPECT_EQ (CommandRuns, 1u);
+  Wb ()->DestroyWindow (Popup);
+}
+
+TEST_F (DesktopInputTest, DesktopWindowRunsWithoutADisplay) {
+  // SDL's dummy video driver needs no X server.
+  setenv ("SDL_VIDEODRIVER", "dummy", 1);
+  MakeWindow (100, 100, 400, 300);
+  TempFolder Dir;
+  env::DesktopOptions Opts;
+  Opts.MaxFrames = 1;
+  Opts.ScreenshotAtExit = (Dir.Path () / "exit.png").string ();
+  ASSERT_TRUE (env::RunDesktop (Env (), Opts));
+  EXPECT_TRUE (std::filesystem::exists (Opts.ScreenshotAtExit));
+  EXPECT_EQ (Env ().gui ().PixelAt (0, 0), env::kDesktopColour);
+  EXPECT_EQ (Env ().gui ().PixelAt (300, 300), env::colours::Face);
+}
