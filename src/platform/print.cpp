@@ -26,7 +26,8 @@ struct Sink {
     if (Count < Capacity) Buffer[Count++] = static_cast<OutChar> (Character);
   }
   void Repeat (UINT32 Character, INTN Times) {
-    for (INTN I = 0; I < Times; I++) Put (Character);
+    // Padding past the end of the buffer is dropped at once, however wide.
+    for (INTN I = 0; I < Times && Count < Capacity; I++) Put (Character);
   }
 };
 
