@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <array>
+#include <cstdlib>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -158,6 +159,23 @@ TEST_F (ProgramTest, CommandLineMistakesAreExplained) {
 TEST_F (ProgramTest, SampleVolumeIsMountedWhenNoFolderIsGiven) {
   RunResult R = RunProgram ("run -", "open 0\nexpect readme.txt\nexpect pictures\n");
   EXPECT_EQ (R.Status, 0) << R.Output;
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F (ProgramTest, BrowseShowsTheDesktopUnderXvfb) {
+  if (std::system ("command -v xvfb-run > /dev/null 2>&1") != 0) GTEST_SKIP () << "xvfb-run is not installed";
+  Make ("vol/readme.txt", "hello");
+  fs::path Shot = Root / "desktop.png";
+  // xvfb-run wraps the program: the whole command runs under a virtual display.
+  std::string Command = "xvfb-run -a " + std::string (SURVEYOR_TOOL) + " --no-settings --frames 1 --shot " +
+                        Shot.string () + " browse " + (Root / "vol").string () + " > /dev/null 2>&1";
+  ASSERT_EQ (std::system (Command.c_str ()), 0);
+  std::string Png = Read (Shot);
+  ASSERT_GT (Png.size (), 1000u);
+  EXPECT_EQ (Png.substr (1, 3), "PNG");
 }
 
 }  // namespace

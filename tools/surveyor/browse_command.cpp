@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "env/desktop/sdl_desktop.h"
 #include "tools/surveyor/session.h"
 
 namespace surveyor {
@@ -17,8 +18,17 @@ int RunBrowseCommand (const CommandLine &Line) {
     std::fprintf (stderr, "surveyor: the file manager did not open\n");
     return 2;
   }
-  std::fprintf (stderr, "surveyor: the desktop window is not available in this build\n");
-  return 2;
+  env::DesktopOptions Options;
+  Options.Scale = Line.Scale;
+  Options.MaxFrames = Line.Frames;
+  Options.ScreenshotAtExit = Line.ShotAtExit;
+  if (!env::RunDesktop (S.Env (), Options)) {
+    std::fprintf (stderr,
+                  "surveyor: no display to open the desktop window on (is DISPLAY set?); "
+                  "\"surveyor run\" works without one\n");
+    return 2;
+  }
+  return 0;
 }
 
 }  // namespace surveyor

@@ -20,6 +20,9 @@ const char *const UsageText =
     "  --no-settings      run without the settings service (window positions are not kept)\n"
     "  --no-ntfs          run without the NTFS service\n"
     "  --contents         compare: also compare file contents byte by byte\n"
+    "  --scale N          browse: show every screen pixel as NxN pixels\n"
+    "  --frames N         browse: end after N frames (for unattended runs)\n"
+    "  --shot FILE        browse: write a PNG screenshot when the desktop ends\n"
     "  --help             this text\n"
     "\n"
     "With no folder at all, browse and run mount the bundled sample volume.\n"
@@ -105,6 +108,19 @@ bool ParseCommandLine (int Argc, char **Argv, CommandLine &Out, std::string &Err
       Out.WithSettings = false;
     } else if (Arg == "--no-ntfs") {
       Out.WithNtfs = false;
+    } else if (Arg == "--scale" || Arg == "--frames") {
+      unsigned Number = 0;
+      if (!Next (Value) || !ParseNumber (Value, Arg == "--scale" ? 4 : 1000000, Number) ||
+          (Arg == "--scale" && Number == 0)) {
+        Error = Arg + " wants a number" + (Arg == "--scale" ? " from 1 to 4" : "");
+        return false;
+      }
+      if (Arg == "--scale")
+        Out.Scale = static_cast<int> (Number);
+      else
+        Out.Frames = Number;
+    } else if (Arg == "--shot") {
+      if (!Next (Out.ShotAtExit)) return false;
     } else if (Arg == "--contents") {
       Out.CompareContents = true;
     } else if (Arg.size () > 1 && Arg[0] == '-' && Arg != "-") {

@@ -19,6 +19,9 @@ struct CommandLine {
   bool WithSettings = true;
   bool WithNtfs = true;
   bool CompareContents = false;
+  unsigned Frames = 0;                    // browse: stop after this many frames (0: when closed)
+  std::string ShotAtExit;                 // browse: screenshot written when the desktop ends
+  int Scale = 1;                          // browse: window pixels per screen pixel
   bool Help = false;
 };
 

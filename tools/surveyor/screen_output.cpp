@@ -10,9 +10,5 @@ bool SaveScreenshot (env::Environment &Env, const std::string &Path, std::string
   return false;
 }
 
-bool SendMouse (env::Environment &, const std::string &, int, int, std::string &Error) {
-  Error = "mouse input is not available in this build";
-  return false;
-}
 
 }  // namespace surveyor

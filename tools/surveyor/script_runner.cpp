@@ -4,6 +4,8 @@
 
 #include "compare/file_comparison.h"
 #include "env/controls/control_driver.h"
+#include "env/desktop/desktop_input.h"
+#include "env/render/renderer.h"
 #include "env/gui/gbk.h"
 #include "env/windows/window_base.h"
 #include "tools/surveyor/command_line.h"
@@ -27,7 +29,10 @@ bool ParseUnsigned (const std::string &Word, unsigned long Limit, unsigned long 
 
 }  // namespace
 
-ScriptRunner::ScriptRunner (Session &S, std::ostream &Out) : Session_ (S), Out_ (Out), Dump_ (S.Env ()) {}
+ScriptRunner::ScriptRunner (Session &S, std::ostream &Out)
+    : Session_ (S), Out_ (Out), Dump_ (S.Env ()), Mouse_ (new env::DesktopInput (S.Env ())) {}
+
+ScriptRunner::~ScriptRunner () = default;
 
 bool ScriptRunner::Run (const Script &S) {
   for (const ScriptLine &Line : S.Lines) {
@@ -368,7 +373,14 @@ bool ScriptRunner::Execute (const std::vector<std::string> &Words, std::string &
   }
   if ((Command == "click" || Command == "rightclick" || Command == "doubleclick") && Count == 3 &&
       ParseUnsigned (Words[1], 65535, N) && ParseUnsigned (Words[2], 65535, M)) {
-    return SendMouse (Env, Command, static_cast<int> (N), static_cast<int> (M), Error);
+    // The mouse finds windows and controls where the screen shows them.
+    env::RenderDesktop (Env);
+    int X = static_cast<int> (N), Y = static_cast<int> (M);
+    bool Right = Command == "rightclick";
+    Mouse_->MouseDown (X, Y, Right ? env::MouseButton::Right : env::MouseButton::Left,
+                       Command == "doubleclick" ? 2 : 1);
+    Mouse_->MouseUp (X, Y);
+    return true;
   }
   if (Command == "tick" && Count <= 2) {
     unsigned long Ticks = 1;

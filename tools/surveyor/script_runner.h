@@ -2,6 +2,7 @@
 // and an application would: service operations and user input only.
 #pragma once
 
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -10,11 +11,16 @@
 #include "tools/surveyor/script.h"
 #include "tools/surveyor/session.h"
 
+namespace env {
+class DesktopInput;
+}
+
 namespace surveyor {
 
 class ScriptRunner {
  public:
   ScriptRunner (Session &S, std::ostream &Out);
+  ~ScriptRunner ();
   // Runs every line; false (with a message on Out) at the first failure.
   bool Run (const Script &S);
 
@@ -27,6 +33,7 @@ class ScriptRunner {
   ScreenDump Dump_;
   std::string PendingText_;     // typed into an in-place edit, applied by enter
   bool HasPendingText_ = false;
+  std::unique_ptr<env::DesktopInput> Mouse_;   // clicks at screen positions
 };
 
 }  // namespace surveyor
