@@ -275,7 +275,8 @@ void WindowBase::State::Destroy (void *Target) {
       }
     }
   } else {
-    if (Active == Window) Active = nullptr;
+    bool WasActive = Active == Window;
+    if (WasActive) Active = nullptr;
     // The destroy callback sees the window whole, still listed among the windows.
     if (Window->Destroy != nullptr) Window->Destroy (Window);
     // Child windows.
@@ -309,7 +310,7 @@ void WindowBase::State::Destroy (void *Target) {
     }
     for (auto &Entry : Windows)
       if (Entry.second->Header->FocusControl == Window) Entry.second->Header->FocusControl = nullptr;
-    if (Active == nullptr && !ZOrder.empty ()) Active = ZOrder.back ();
+    if (Active == Window || (WasActive && Active == nullptr)) Active = ZOrder.empty () ? nullptr : ZOrder.back ();
   }
 
   Redraws.erase (Window);

@@ -1,0 +1,277 @@
+// Window base: popup menus, menu buttons, buttons, text fields, status
+// fields, message boxes, dialogs and icons.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/driver_fixture.h"
+#include "windows/window_test_support.h"
+
+namespace {
+
+const CHAR8 *T (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
+
+struct CommandCall {
+  std::string Name;
+  VOID *Item;
+  WINDOW_HEADER *Context;
+};
+std::vector<CommandCall> gCalls;
+VOID EFIAPI CopyCommand (VOID *Item, WINDOW_HEADER *Context) { gCalls.push_back ({"copy", Item, Context}); }
+VOID EFIAPI PasteCommand (VOID *Item, WINDOW_HEADER *Context) { gCalls.push_back ({"paste", Item, Context}); }
+
+TEST_F (WindowTest, PopupsOpenRunTheirCommandsAndCloseWithMessagesToTheOwner) {
+  gCalls.clear ();
+  WINDOW_HEADER *Owner = NewWindow ();
+  WINDOW_HEADER *Other = NewWindow ();
+  WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (Owner, 0, 0, 0);
+  ASSERT_NE (Popup, nullptr);
+  EXPECT_EQ (Popup->Kind, WINDOW_KIND_POPUP);
+  EXPECT_EQ (Popup->Owner, Owner);
+  Wb ()->AppendMenuItem (Popup, T ("Copy"), CopyCommand, Owner, 0);
+  Wb ()->AppendMenuSeparator (Popup);
+  Wb ()->AppendMenuItem (Popup, T ("paste"), PasteCommand, Owner, 126);
+  Wb ()->EnableMenuItem (Popup, PasteCommand, FALSE);
+  Wb ()->SetMenuItemContext (Popup, CopyCommand, Other);
+  EXPECT_GT (Popup->Width, 0);
+  EXPECT_GT (Popup->Height, 0);
+
+  auto Items = Windows ().PopupItems (Popup);
+  ASSERT_EQ (Items.size (), 3u);
+  EXPECT_EQ (Items[0].Text, "Copy");
+  EXPECT_EQ (Items[0].Context, Other);
+  EXPECT_EQ (Items[0].Icon, 0);
+  EXPECT_TRUE (Items[0].Enabled);
+  EXPECT_TRUE (Items[1].Separator);
+  EXPECT_EQ (Items[2].Icon, 126);
+  EXPECT_FALSE (Items[2].Enabled);
+
+  Wb ()->ShowPopupMenu (Popup);
+  EXPECT_EQ (Windows ().ShownPopup (), Popup);
+  auto Opened = Received (Owner, MSG_POPUP_OPENED);
+  ASSERT_EQ (Opened.size (), 1u);
+  EXPECT_EQ (Opened[0].Pointer8, Popup);
+
+  EXPECT_FALSE (Windows ().ChoosePopupItem (Popup, "paste")) << "disabled";
+  EXPECT_EQ (Windows ().ShownPopup (), Popup);
+  EXPECT_TRUE (Windows ().ChoosePopupItem (Popup, "Copy"));
+  ASSERT_EQ (gCalls.size (), 1u);
+  EXPECT_EQ (gCalls[0].Name, "copy");
+  EXPECT_EQ (gCalls[0].Context, Other);
+  EXPECT_EQ (gCalls[0].Item, Items[0].Item);
+  EXPECT_EQ (Windows ().ShownPopup (), nullptr);
+  EXPECT_EQ (Received (Owner, MSG_POPUP_CLOSED).size (), 1u);
+
+  // Escape sent to an open popup closes it.
+  Wb ()->EnableMenuItem (Popup, PasteCommand, TRUE);
+  Wb ()->ShowPopupMenu (Popup);
+  MESSAGE Key {};
+  Key.Type = MSG_KEY;
+  Key.Word4 = SCAN_CODE_ESCAPE;
+  Wb ()->SendMessage (Popup, &Key);
+  EXPECT_EQ (Windows ().ShownPopup (), nullptr);
+  EXPECT_EQ (Received (Owner, MSG_POPUP_CLOSED).size (), 2u);
+
+  // Keys typed while a popup is open go to it: Down twice skips the separator, Enter runs.
+  Wb ()->ShowPopupMenu (Popup);
+  Windows ().SendKey (Owner, 0, SCAN_CODE_DOWN, 0);
+  Windows ().SendKey (Owner, 0, SCAN_CODE_DOWN, 0);
+  Windows ().SendKey (Owner, 0x0D, 0, 0);
+  ASSERT_EQ (gCalls.size (), 2u);
+  EXPECT_EQ (gCalls[1].Name, "paste");
+  EXPECT_EQ (Windows ().ShownPopup (), nullptr);
+
+  // A popup outlives its owner (without one) until it is destroyed itself.
+  Wb ()->DestroyWindow (Owner);
+  EXPECT_TRUE (Windows ().IsWindow (Popup));
+  EXPECT_EQ (Popup->Owner, nullptr);
+  Wb ()->DestroyWindow (Popup);
+  EXPECT_FALSE (Windows ().IsWindow (Popup));
+}
+
+TEST_F (WindowTest, MenuButtonsBelongToTheirHeaderAndOpenTheirPopups) {
+  gCalls.clear ();
+  WINDOW_HEADER *Owner = NewWindow ();
+  WINDOW_HEADER *Header = NewWindow (296, Owner);
+  WINDOW_HEADER *OtherHeader = NewWindow (296, Owner);
+  WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (Owner, 0, 0, 0);
+  Wb ()->AppendMenuItem (Popup, T ("exit"), CopyCommand, Owner, 0);
+  Popup->Owner = Header;   // as the menu header records itself
+
+  MENU_ITEM *Title = Wb ()->CreateMenuButton (Header, 4, 4, nullptr, Popup, Owner, ICON_NONE, T ("File(F)"));
+  MENU_ITEM *Tool = Wb ()->CreateMenuButton (Header, 4, 36, CopyCommand, nullptr, Owner, 3, nullptr);
+  MENU_ITEM *Foreign = Wb ()->CreateMenuButton (OtherHeader, 4, 4, nullptr, nullptr, Owner, ICON_NONE, T ("Help"));
+  ASSERT_NE (Title, nullptr);
+  ASSERT_NE (Tool, nullptr);
+  EXPECT_EQ (Header->FirstChild, &Title->Control);
+  EXPECT_EQ (Title->Control.NextSibling, &Tool->Control);
+  EXPECT_EQ (Title->Control.Kind, CONTROL_KIND_MENU_ITEM);
+  EXPECT_EQ (Title->Control.Flags & 0x03u, 0x03u);
+  EXPECT_GT (Title->Control.Width, Wb ()->GuiDriver->GetTextWidth (T ("File(F)")));
+  EXPECT_EQ (Tool->Control.Width, 36);
+  EXPECT_EQ (Tool->Control.Flags & 0x01u, 0x01u);
+  EXPECT_NE (Title->ItemGroup, 0u);
+  EXPECT_EQ (Title->ItemGroup, Tool->ItemGroup);
+  EXPECT_NE (Title->ItemGroup, Foreign->ItemGroup);
+  EXPECT_EQ (std::string (reinterpret_cast<char *> (Title->Control.Text)), "File(F)");
+  Wb ()->SetTooltip (Tool, T ("copy files"), 0, 0);
+  EXPECT_EQ (std::string (reinterpret_cast<char *> (Tool->Tooltip)), "copy files");
+
+  // A command item runs its command; a title opens its popup (23 to the header).
+  EXPECT_TRUE (Windows ().ClickMenuItem (Tool));
+  ASSERT_EQ (gCalls.size (), 1u);
+  EXPECT_EQ (gCalls[0].Item, Tool);
+  EXPECT_TRUE (Windows ().ClickMenuItem (Title));
+  EXPECT_EQ (Windows ().ShownPopup (), Popup);
+  auto Opened = Received (Header, MSG_POPUP_OPENED);
+  ASSERT_EQ (Opened.size (), 1u);
+  EXPECT_EQ (Opened[0].Pointer8, Popup);
+  Windows ().ClosePopup ();
+  EXPECT_EQ (Received (Header, MSG_POPUP_CLOSED).size (), 1u);
+
+  // Message type 1 with byte 1 = 2 posted to a title opens its popup.
+  MESSAGE Open {};
+  Open.Type = MSG_COMMAND;
+  Open.Code = 2;
+  Wb ()->PostMessage (Title, &Open);
+  EXPECT_EQ (Windows ().ShownPopup (), nullptr);
+  Windows ().PumpMessages ();
+  EXPECT_EQ (Windows ().ShownPopup (), Popup);
+  Windows ().SendKey (Owner, 0, SCAN_CODE_ESCAPE, 0);
+  EXPECT_EQ (Windows ().ShownPopup (), nullptr);
+
+  // A greyed item does nothing.
+  Tool->Control.Flags &= ~0x01u;
+  EXPECT_FALSE (Windows ().ClickMenuItem (Tool));
+  EXPECT_EQ (gCalls.size (), 1u);
+  Wb ()->DestroyWindow (Popup);
+}
+
+TEST_F (WindowTest, ButtonsFieldsStatusMessageBoxesAndDialogResults) {
+  WINDOW_HEADER *Dialog = NewWindow (848);
+  CONTROL *Button = Wb ()->CreateButton (Dialog, 33, T ("Open"), 300, 250, 60, 26, 0);
+  CONTROL *Name = Wb ()->CreateTextField (Dialog, 10, 250, 200, 26, 0, TRUE, T (""));
+  CONTROL *Label = Wb ()->CreateTextField (Dialog, 10, 10, 80, 26, 0, FALSE, T ("Partition"));
+  ASSERT_NE (Button, nullptr);
+  EXPECT_EQ (Wb ()->GetControl (Dialog, 33), Button);
+  EXPECT_EQ (Wb ()->GetControl (Dialog, 34), nullptr);
+  EXPECT_NE (Name->Id, Label->Id);
+  EXPECT_TRUE (Windows ().ClickButton (Button));
+  auto Commands = Received (Dialog, MSG_SYSCOMMAND);
+  ASSERT_EQ (Commands.size (), 1u);
+  EXPECT_EQ (Commands[0].Word2, 33);
+
+  // Typing into a focused framed field edits its text; SetWindowText replaces it.
+  Wb ()->SetFocus (Dialog, Name, 1);
+  Windows ().SendKey (Dialog, 'a', 0, 0);
+  Windows ().SendKey (Dialog, 'b', 0, 0);
+  Windows ().SendKey (Dialog, 0x08, 0, 0);
+  EXPECT_EQ (std::string (reinterpret_cast<char *> (Name->Text)), "a");
+  Wb ()->SetWindowText (Name, T ("report.txt"));
+  EXPECT_EQ (std::string (reinterpret_cast<char *> (Name->Text)), "report.txt");
+  Wb ()->SetWindowText (Dialog, T ("Open file"));
+  EXPECT_STREQ (reinterpret_cast<char *> (Dialog->Title), "Open file");
+
+  Wb ()->SetStatusLayout (Dialog, 2);
+  Wb ()->SetStatusText (Dialog, 2, T ("FAT32"));
+  EXPECT_EQ (Windows ().StatusText (Dialog, 2), "FAT32");
+  EXPECT_EQ (Windows ().StatusText (Dialog, 0), "");
+
+  EXPECT_EQ (Wb ()->MessageBox (1, T ("fail"), T ("Rename"), 0), 1u);
+  Windows ().SetMessageBoxAnswerer ([] (const env::MessageBoxRecord &) -> UINTN { return 7; });
+  EXPECT_EQ (Wb ()->MessageBox (1, T ("second"), T ("Cap"), 0), 7u);
+  ASSERT_EQ (Windows ().MessageBoxes ().size (), 2u);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Style, 1);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "fail");
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Rename");
+
+  EXPECT_TRUE (Wb ()->QueryExtendedMenus ());
+  Windows ().SetExtendedMenus (false);
+  EXPECT_FALSE (Wb ()->QueryExtendedMenus ());
+
+  // CompleteDialog keeps a copy and closes the dialog with a posted close command.
+  std::vector<uint8_t> Result (1024, 0);
+  Result[0] = 3;
+  std::memcpy (&Result[1], "\\docs\\a.txt", 11);
+  gReaction = [] (WINDOW_HEADER *, MESSAGE *M) -> UINT8 { return M->Type == MSG_SYSCOMMAND ? 1 : 0; };
+  Wb ()->CompleteDialog (Dialog, Result.data (), 1024, 0);
+  Result[0] = 9;
+  ASSERT_EQ (Windows ().DialogResults ().size (), 1u);
+  EXPECT_EQ (Windows ().DialogResults ()[0].Dialog, Dialog);
+  ASSERT_EQ (Windows ().DialogResults ()[0].Data.size (), 1024u);
+  EXPECT_EQ (Windows ().DialogResults ()[0].Data[0], 3);
+  EXPECT_STREQ (reinterpret_cast<const char *> (&Windows ().DialogResults ()[0].Data[1]), "\\docs\\a.txt");
+  EXPECT_TRUE (Windows ().IsWindow (Dialog));
+  Windows ().PumpMessages ();
+  EXPECT_FALSE (Windows ().IsWindow (Dialog));
+}
+
+// ------------------------------------------------------------------- icons
+
+// A 16 x 16, 32-bit ICO file with one image.
+std::string MakeIco (uint8_t Side) {
+  auto Put16 = [] (std::string &S, uint16_t V) { S.push_back (char (V & 0xFF)), S.push_back (char (V >> 8)); };
+  auto Put32 = [&] (std::string &S, uint32_t V) { Put16 (S, uint16_t (V & 0xFFFF)), Put16 (S, uint16_t (V >> 16)); };
+  uint32_t Pixels = uint32_t (Side) * Side * 4, Mask = uint32_t (Side) * ((Side + 31) / 32 * 4);
+  std::string S;
+  Put16 (S, 0), Put16 (S, 1), Put16 (S, 1);
+  S.push_back (char (Side)), S.push_back (char (Side)), S.push_back (0), S.push_back (0);
+  Put16 (S, 1), Put16 (S, 32), Put32 (S, 40 + Pixels + Mask), Put32 (S, 22);
+  Put32 (S, 40), Put32 (S, Side), Put32 (S, uint32_t (Side) * 2), Put16 (S, 1), Put16 (S, 32);
+  for (int I = 0; I < 6; I++) Put32 (S, I == 1 ? Pixels : 0);
+  for (uint32_t I = 0; I < Pixels / 4; I++) Put32 (S, 0xFF336699);
+  S.append (Mask, '\0');
+  return S;
+}
+
+class IconTest : public WindowTest {
+ protected:
+  env::Options EnvironmentOptions () override {
+    env::Options O;
+    O.SystemDir = System.Path ().string ();
+    return O;
+  }
+  TempFolder System;
+  TempFolder Volume;
+};
+
+TEST_F (IconTest, IconIdsAreSharedPerPathAndSizeAndFileIconsAreFreed) {
+  WriteHostFile (System.Path () / "efi/kivora/icon/surveyor/goback.ico", MakeIco (16));
+  WriteHostFile (System.Path () / "efi/kivora/icon/surveyor/broken.ico", "not an icon");
+  WriteHostFile (Volume.Path () / "pics/big.ico", MakeIco (32));
+  env::VolumeSpec Spec;
+  Spec.Folder = Volume.Path ().string ();
+  int Vol = Env ().Mount (Spec);
+  ASSERT_GE (Vol, 0);
+
+  UINT8 Back = Wb ()->LoadIcon (T ("\\efi\\kivora\\icon\\surveyor\\goback.ico"), 16, 255);
+  ASSERT_LT (Back, 126);
+  EXPECT_EQ (Wb ()->LoadIcon (T ("\\EFI\\kivora\\icon\\surveyor\\goback.ico"), 16, 255), Back);
+  UINT16 W = 0, H = 0;
+  EXPECT_TRUE (Wb ()->GetIconSize (Back, &W, &H));
+  EXPECT_EQ (W, 16);
+  EXPECT_EQ (H, 16);
+  EXPECT_EQ (Windows ().IconPath (Back), "\\efi\\kivora\\icon\\surveyor\\goback.ico");
+
+  EXPECT_GE (Wb ()->LoadIcon (T ("\\efi\\kivora\\icon\\surveyor\\missing.ico"), 16, 255), 126);
+  EXPECT_GE (Wb ()->LoadIcon (T ("\\efi\\kivora\\icon\\surveyor\\broken.ico"), 16, 255), 126);
+  EXPECT_GE (Wb ()->LoadIcon (T ("\\..\\..\\etc\\passwd"), 16, 255), 126);
+  EXPECT_GE (Wb ()->LoadIcon (nullptr, 16, 255), 126);
+  EXPECT_FALSE (Wb ()->GetIconSize (126, &W, &H));
+
+  UINT8 Big = Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), T ("\\pics\\big.ico"), 32, 0);
+  ASSERT_LT (Big, 126);
+  EXPECT_NE (Big, Back);
+  EXPECT_TRUE (Wb ()->GetIconSize (Big, &W, &H));
+  EXPECT_EQ (W, 32);
+  EXPECT_GE (Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), T ("\\pics\\big.ico"), 32, 1), 126) << "no image 1";
+  EXPECT_GE (Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), T ("\\pics\\none.ico"), 32, 0), 126);
+  EXPECT_EQ (Windows ().LiveIconCount (), 2u);
+  Wb ()->FreeIcon (Big);
+  Wb ()->FreeIcon (Back);   // session icons stay
+  EXPECT_EQ (Windows ().LiveIconCount (), 1u);
+  EXPECT_FALSE (Wb ()->GetIconSize (Big, &W, &H));
+  EXPECT_TRUE (Wb ()->GetIconSize (Back, &W, &H));
+}
+
+}  // namespace
