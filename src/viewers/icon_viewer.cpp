@@ -38,7 +38,13 @@ VOID EFIAPI IconViewerPaint (WINDOW_HEADER *Window, MESSAGE *Message, VOID *Extr
   UINT16 OriginX = 0;
   UINT16 OriginY = 0;
   gWindowBase->GetWindowOrigin (&OriginX, &OriginY, Window);
-  gWindowBase->FillRect (Context, (UINT16)(Rect[0] + OriginX), (UINT16)(Rect[1] + OriginY), Rect[2], Rect[3], kWhite);
+  // The client rectangle is moved by the window's screen position; a window
+  // base that reports it in screen positions already (it then starts at or
+  // after the origin on x) has it filled where it is.
+  BOOLEAN Relative = Rect[0] < OriginX;
+  UINT16 FillX = Relative ? (UINT16)(Rect[0] + OriginX) : Rect[0];
+  UINT16 FillY = Relative ? (UINT16)(Rect[1] + OriginY) : Rect[1];
+  gWindowBase->FillRect (Context, FillX, FillY, Rect[2], Rect[3], kWhite);
 
   INT32 CaptionHeight = gWindowBase->CaptionHeight;
   if (Viewer->IconCount == 0) {

@@ -7,9 +7,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <string>
 #include <utility>
 #include <vector>
 
+// The firmware headers define INT32 and INT16 already; libjpeg's own
+// definitions are skipped (the library does not use them internally).
+#ifndef XMD_H
+#define XMD_H
+#endif
 #include <jpeglib.h>
 
 namespace test_images {
@@ -62,6 +68,8 @@ inline void PutInfoHeader (std::vector<uint8_t> &Out, uint32_t Width, uint32_t H
   Put32 (Out, 0);
 }
 
+inline std::string AsString (const std::vector<uint8_t> &Bytes) { return std::string (Bytes.begin (), Bytes.end ()); }
+
 inline std::vector<uint8_t> Bmp (uint32_t Width, uint32_t Height, uint16_t Bits = 24,
                                  const PixelFn &Pixel = Checker) {
   std::vector<uint8_t> Dib;
@@ -77,15 +85,19 @@ inline std::vector<uint8_t> Bmp (uint32_t Width, uint32_t Height, uint16_t Bits 
   return Out;
 }
 
-// An ICO file of 32-bit DIB images of the given sizes. ClaimedCount, when
-// set, replaces the image count of the header (the directory then lists
-// only the images really present).
+// Opaque colour of image I of the ICO files written here (0x00RRGGBB).
+inline uint32_t IcoColour (size_t I) { return 0x102030u + 0x200810u * (uint32_t)I; }
+
+// An ICO file of 32-bit DIB images of the given sizes, image I filled with
+// IcoColour (I). ClaimedCount, when set, replaces the image count of the
+// header (the directory then lists only the images really present).
 inline std::vector<uint8_t> Ico (const std::vector<std::pair<uint32_t, uint32_t>> &Sizes, int ClaimedCount = -1) {
   std::vector<std::vector<uint8_t>> Images;
   for (auto [W, H] : Sizes) {
     std::vector<uint8_t> Image;
     PutInfoHeader (Image, W, H * 2, 32);
-    PutDibPixels (Image, W, H, 32, [] (uint32_t X, uint32_t Y) { return 0xFF00A000u + X + Y; });
+    uint32_t Colour = 0xFF000000u | IcoColour (Images.size ());
+    PutDibPixels (Image, W, H, 32, [Colour] (uint32_t, uint32_t) { return Colour; });
     uint32_t MaskRow = ((W + 31) / 32) * 4;
     Image.insert (Image.end (), (size_t)MaskRow * H, 0);
     Images.push_back (std::move (Image));
