@@ -253,7 +253,8 @@ LIST_CONTROL *EFIAPI OpCreateListView (WINDOW_HEADER *Parent, UINT16 X, UINT16 Y
   L.Control.Y = Y;
   L.Control.Width = Width;
   L.Control.Height = Height;
-  L.Option = Style;
+  // The style argument does not change the list; the fixed-pitch option is
+  // switched on by its user (the hex viewer) in the record itself.
   L.CurrentRow = 0;
   CONTROL *Control = B ().AddControl (Parent, std::move (List), true, true);
   if (Control == nullptr) return nullptr;
