@@ -32,11 +32,6 @@ BOOLEAN EndsWithSeparator (const CHAR8 *Path) {
   return Length > 0 && Path[Length - 1] == '\\';
 }
 
-VOID SetGoUpEnabled (MAIN_WINDOW *Window, BOOLEAN Enable) {
-  if (Window->MenuBar != nullptr) EnableHeaderItem (Window->MenuBar, GoUpCommand, Enable, TRUE);
-  if (Window->FilePopup != nullptr) gWindowBase->EnableMenuItem (Window->FilePopup, GoUpCommand, Enable);
-}
-
 VOID SetSelectionCommandsEnabled (MAIN_WINDOW *Window, BOOLEAN Enable) {
   // Delete never becomes available on a write-protected volume.
   BOOLEAN EnableDelete = Enable && !Window->ReadOnly;
@@ -82,6 +77,11 @@ VOID AddEntryRow (MAIN_WINDOW *Window, DIRECTORY_ENTRY *Entry) {
 BOOLEAN IsIntegerConversion (CHAR8 C) { return C == 'd' || C == 'u' || C == 'x' || C == 'X'; }
 
 }  // namespace
+
+VOID SetGoUpEnabled (MAIN_WINDOW *Window, BOOLEAN Enable) {
+  if (Window->MenuBar != nullptr) EnableHeaderItem (Window->MenuBar, GoUpCommand, Enable, TRUE);
+  if (Window->FilePopup != nullptr) gWindowBase->EnableMenuItem (Window->FilePopup, GoUpCommand, Enable);
+}
 
 VOID FormatCounts (CHAR8 *Buffer, const CHAR8 *Format, UINT32 First, UINT32 Second, UINTN ArgumentCount) {
   ZeroMem (Buffer, CellSize);

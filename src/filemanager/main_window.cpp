@@ -292,10 +292,13 @@ WINDOW_HEADER *EFIAPI OpenVolumeWindow (UINT16 Width, UINT16 Height, UINT8 Volum
 
   MAIN_WINDOW *Existing = FindVolumeWindow (VolumeIndex);
   if (Existing != nullptr) {
+    // A path that would not fit leaves the window as it is. The go-up
+    // command follows the new path, as it does when the user navigates.
     if (InitialPath != nullptr && StringLength (InitialPath) < MAIN_PATH_SIZE) {
       CopyString (Existing->CurrentPath, InitialPath);
       RecountDepth (Existing);
       Refresh (Existing);
+      SetGoUpEnabled (Existing, !NamesEqual (Existing->CurrentPath, "\\"_a));
     }
     return &Existing->Header;
   }

@@ -17,6 +17,9 @@ VOID ResizeMainWindow (MAIN_WINDOW *Window, UINT16 Width, UINT16 Height);
 UINT16 MainMinimumWidth ();
 UINT16 MainMinimumHeight (MAIN_WINDOW *Window);
 
+// Enables or greys the go-up command on the toolbar (redrawn) and in the File popup.
+VOID SetGoUpEnabled (MAIN_WINDOW *Window, BOOLEAN Enable);
+
 VOID EFIAPI ExitCommand (VOID *Item, WINDOW_HEADER *Context);
 VOID EFIAPI AboutCommand (VOID *Item, WINDOW_HEADER *Context);
 

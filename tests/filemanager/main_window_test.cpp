@@ -25,6 +25,8 @@ TEST_F (MainWindowTest, OneWindowPerVolumeAndPathSwitch) {
   EXPECT_EQ (W->Depth, 1);
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "inner.txt"}));
   EXPECT_EQ (Base ().WindowText (reinterpret_cast<MENU_HEADER *> (W->MenuBar)->PathField), "\\sub\\");
+  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
+  EXPECT_TRUE (FileItem (W, "gouplayer").Enabled);
 
   // A new window on an unreachable initial path falls back to the root.
   int V2 = MakeVolume ("other");
