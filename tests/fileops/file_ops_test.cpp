@@ -1,0 +1,301 @@
+// Copy, paste, delete, rename and new directory of the main window, run on
+// real temporary folders; every failure is checked on disk afterwards.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "core/strings.h"
+#include "env/controls/control_driver.h"
+#include "env/files/file_driver.h"
+#include "env/jobio/jobio_driver.h"
+#include "env/windows/window_base.h"
+#include "filemanager/listing.h"
+#include "filemanager/main_window.h"
+#include "fileops/file_ops.h"
+#include "support/driver_fixture.h"
+#include "util/string_utils.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Res (const char *Key) {
+  return reinterpret_cast<const char *> (GetString (nullptr, reinterpret_cast<const CHAR8 *> (Key)));
+}
+
+class FileOpsTest : public DriverTest {
+ protected:
+  MAIN_WINDOW *Open (int Volume, const std::string &Path = "") {
+    WINDOW_HEADER *W = Surveyor ()->OpenVolumeWindow (
+        0, 0, (UINT8)Volume, nullptr, Path.empty () ? nullptr : reinterpret_cast<const CHAR8 *> (Path.c_str ()));
+    return reinterpret_cast<MAIN_WINDOW *> (W);
+  }
+  env::WindowBase &Base () { return Env ().windows (); }
+  env::ControlDriver &Controls () { return Env ().controls (); }
+  std::vector<std::string> Names (MAIN_WINDOW *W) {
+    std::vector<std::string> Out;
+    for (uint16_t R = 0; R < W->List->RowCount; R++) Out.push_back (Controls ().CellText (W->List, 0, R));
+    return Out;
+  }
+  uint16_t Row (MAIN_WINDOW *W, const std::string &Name) {
+    for (uint16_t R = 0; R < W->List->RowCount; R++)
+      if (Controls ().CellText (W->List, 0, R) == Name) return R;
+    ADD_FAILURE () << "no row " << Name;
+    return 0;
+  }
+  void Select (MAIN_WINDOW *W, const std::vector<std::string> &Names) {
+    std::vector<uint16_t> Rows;
+    for (auto &N : Names) Rows.push_back (Row (W, N));
+    Controls ().SelectRows (W->List, Rows);
+  }
+  bool Listed (MAIN_WINDOW *W, const std::string &Name) {
+    for (auto &N : Names (W))
+      if (N == Name) return true;
+    return false;
+  }
+  // Starts a rename of Name and ends it with Text.
+  void Rename (MAIN_WINDOW *W, const std::string &Name, const std::string &Text, bool Apply = true) {
+    Select (W, {Name});
+    RenameCommand (nullptr, &W->Header);
+    ASSERT_TRUE (Controls ().Editing (W->List));
+    Controls ().FinishEdit (W->List, Text, Apply);
+    Base ().PumpMessages ();
+  }
+  void NewDir (MAIN_WINDOW *W, const std::string &Text, bool Apply = true) {
+    NewDirCommand (nullptr, &W->Header);
+    ASSERT_TRUE (Controls ().Editing (W->List));
+    Controls ().FinishEdit (W->List, Text, Apply);
+    Base ().PumpMessages ();
+  }
+  const std::vector<env::MessageBoxRecord> &Boxes () { return Base ().MessageBoxes (); }
+  unsigned Redraws (MAIN_WINDOW *W) { return Base ().RedrawCount (W->List); }
+  std::string Host (int Volume, const std::string &Relative) { return ReadHostFile (VolumePath (Volume) / Relative); }
+};
+
+TEST_F (FileOpsTest, CopyThenPasteCopiesTheSelectionAndReportsClashes) {
+  int V = MakeVolume ("vol", 0, 0, 1, "DATA");
+  WriteFile (V, "a.txt", "alpha");
+  WriteFile (V, "b.txt", "bravo");
+  WriteFile (V, "tree/inner.txt", "inner");
+  MakeDir (V, "target");
+  MAIN_WINDOW *W = Open (V);
+  ASSERT_NE (W, nullptr);
+
+  // Nothing on the clipboard: paste does nothing at all.
+  unsigned Flushes = Env ().files ().FlushCount (V);
+  PasteCommand (nullptr, &W->Header);
+  EXPECT_EQ (Env ().files ().FlushCount (V), Flushes);
+  EXPECT_TRUE (Boxes ().empty ());
+
+  Select (W, {"a.txt", "tree"});
+  EXPECT_EQ (CollectSelection (W), 2);
+  Select (W, {"a.txt", "b.txt", "tree"});
+  CopyCommand (nullptr, &W->Header);
+  EXPECT_TRUE (Env ().jobio ().Table ()->HasClipboard ());
+
+  // Into \target: everything arrives, the list shows it.
+  Controls ().ActivateRow (W->List, Row (W, "target"));
+  Base ().PumpMessages ();
+  ASSERT_EQ (std::string (reinterpret_cast<char *> (W->CurrentPath)), "\\target");
+  PasteCommand (nullptr, &W->Header);
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_EQ (Host (V, "target/a.txt"), "alpha");
+  EXPECT_EQ (Host (V, "target/b.txt"), "bravo");
+  EXPECT_EQ (Host (V, "target/tree/inner.txt"), "inner");
+  EXPECT_TRUE (Listed (W, "a.txt") && Listed (W, "b.txt") && Listed (W, "tree"));
+  EXPECT_GT (Env ().files ().FlushCount (V), Flushes);
+
+  // Again: the names exist now. A message, nothing changed, list refreshed anyway.
+  WriteHostFile (VolumePath (V) / "target" / "a.txt", "edited");
+  unsigned Before = Redraws (W);
+  PasteCommand (nullptr, &W->Header);
+  ASSERT_EQ (Boxes ().size (), 1u);
+  EXPECT_EQ (Boxes ()[0].Style, 1);
+  EXPECT_EQ (Boxes ()[0].Text, Res ("FailCopyFile"));
+  EXPECT_EQ (Boxes ()[0].Caption, Res ("OperationNotDone"));
+  EXPECT_GT (Redraws (W), Before);
+  EXPECT_EQ (Host (V, "target/a.txt"), "edited");
+  EXPECT_EQ (Host (V, "a.txt"), "alpha");
+}
+
+TEST_F (FileOpsTest, DeleteRemovesTheSelectionAndReportsOnlyFailures) {
+  int V = MakeVolume ("vol", 0, 0, 1, "DATA");
+  WriteFile (V, "keep.txt", "keep");
+  WriteFile (V, "gone.txt", "gone");
+  WriteFile (V, "dir/x.txt", "x");
+  MAIN_WINDOW *W = Open (V);
+  ASSERT_NE (W, nullptr);
+
+  Select (W, {"gone.txt", "dir"});
+  DeleteCommand (nullptr, &W->Header);
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_FALSE (fs::exists (VolumePath (V) / "gone.txt"));
+  EXPECT_FALSE (fs::exists (VolumePath (V) / "dir"));
+  EXPECT_EQ (Host (V, "keep.txt"), "keep");
+  EXPECT_EQ (Names (W), std::vector<std::string> ({"keep.txt"}));
+
+  // Nothing selected: nothing happens.
+  Controls ().SelectRows (W->List, {});
+  DeleteCommand (nullptr, &W->Header);
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_TRUE (fs::exists (VolumePath (V) / "keep.txt"));
+
+  // A volume that refuses changes: the driver reports the failure, the file stays.
+  int R = MakeVolume ("ro", VOLUME_FLAG_WRITE_PROTECTED, 0, 1, "RO");
+  WriteFile (R, "locked.txt", "locked");
+  MAIN_WINDOW *Locked = Open (R);
+  ASSERT_NE (Locked, nullptr);
+  Select (Locked, {"locked.txt"});
+  DeleteCommand (nullptr, &Locked->Header);
+  ASSERT_EQ (Boxes ().size (), 1u);
+  EXPECT_EQ (Boxes ()[0].Text, Res ("FailDelFile"));
+  EXPECT_EQ (Boxes ()[0].Caption, Res ("OperationFail"));
+  EXPECT_EQ (Host (R, "locked.txt"), "locked");
+  EXPECT_EQ (Names (Locked), std::vector<std::string> ({"locked.txt"}));
+}
+
+TEST_F (FileOpsTest, DotEntriesAreNeverCollected) {
+  int V = MakeVolume ("vol", 0, 0, 1, "DATA");
+  WriteFile (V, "sub/file.txt", "data");
+  MAIN_WINDOW *W = Open (V, "\\sub");
+  ASSERT_NE (W, nullptr);
+  ASSERT_EQ (Names (W), std::vector<std::string> ({".", "..", "file.txt"}));
+
+  Select (W, {".", ".."});
+  EXPECT_EQ (CollectSelection (W), 0);
+  CopyCommand (nullptr, &W->Header);
+  EXPECT_FALSE (Env ().jobio ().Table ()->HasClipboard ());
+  DeleteCommand (nullptr, &W->Header);
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_EQ (Host (V, "sub/file.txt"), "data");
+
+  Select (W, {"..", "file.txt"});
+  EXPECT_EQ (CollectSelection (W), 1);
+  DeleteCommand (nullptr, &W->Header);
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_FALSE (fs::exists (VolumePath (V) / "sub" / "file.txt"));
+  EXPECT_TRUE (fs::is_directory (VolumePath (V) / "sub"));
+}
+
+TEST_F (FileOpsTest, RenameChangesTheNameOrReportsWithTheOldName) {
+  int V = MakeVolume ("vol", 0, 0, 1, "DATA");
+  WriteFile (V, "Readme.txt", "readme");
+  WriteFile (V, "other.txt", "other");
+  MAIN_WINDOW *W = Open (V);
+  ASSERT_NE (W, nullptr);
+  unsigned Flushes = Env ().files ().FlushCount (V);
+
+  // A change of case only: nothing at all, not even a refresh.
+  unsigned Before = Redraws (W);
+  Rename (W, "Readme.txt", "README.TXT");
+  EXPECT_EQ (Redraws (W), Before);
+  EXPECT_TRUE (fs::exists (VolumePath (V) / "Readme.txt"));
+  EXPECT_FALSE (fs::exists (VolumePath (V) / "README.TXT"));
+  // An empty name stops as well.
+  Rename (W, "Readme.txt", "");
+  EXPECT_EQ (Redraws (W), Before);
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_EQ (Env ().files ().FlushCount (V), Flushes);
+
+  // Cancelled: no rename, but the list is refreshed.
+  Rename (W, "Readme.txt", "cancelled.txt", false);
+  EXPECT_GT (Redraws (W), Before);
+  EXPECT_TRUE (fs::exists (VolumePath (V) / "Readme.txt"));
+
+  Rename (W, "Readme.txt", "notes.md");
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_EQ (Host (V, "notes.md"), "readme");
+  EXPECT_FALSE (fs::exists (VolumePath (V) / "Readme.txt"));
+  EXPECT_TRUE (Listed (W, "notes.md"));
+  EXPECT_FALSE (Listed (W, "Readme.txt"));
+  EXPECT_GT (Env ().files ().FlushCount (V), Flushes);
+
+  // Refused names: a message with the old name as caption, both files intact.
+  const std::string Refused[] = {"other.txt", "sub\\name.txt", "a/b"};
+  for (const std::string &Name : Refused) {
+    Base ().ClearMessageBoxes ();
+    Rename (W, "notes.md", Name);
+    ASSERT_EQ (Boxes ().size (), 1u) << Name;
+    EXPECT_EQ (Boxes ()[0].Text, Res ("fail_rename"));
+    EXPECT_EQ (Boxes ()[0].Caption, "notes.md");
+    EXPECT_EQ (Host (V, "notes.md"), "readme");
+    EXPECT_EQ (Host (V, "other.txt"), "other");
+  }
+  // A name longer than any file system takes (the list's edit field keeps
+  // fewer characters, so it is handed over directly).
+  std::string TooLong (300, 'n');
+  EXPECT_FALSE (RenameItem (W, reinterpret_cast<const CHAR8 *> ("notes.md"),
+                            reinterpret_cast<const CHAR8 *> (TooLong.c_str ())));
+  EXPECT_EQ (Host (V, "notes.md"), "readme");
+  EXPECT_EQ (std::distance (fs::directory_iterator (VolumePath (V)), fs::directory_iterator ()), 2);
+}
+
+TEST_F (FileOpsTest, NewDirectoryIsCreatedInPlaceOrReportedWithTheTypedName) {
+  int V = MakeVolume ("vol", 0, 0, 1, "DATA");
+  WriteFile (V, "taken/file.txt", "kept");
+  MAIN_WINDOW *W = Open (V);
+  ASSERT_NE (W, nullptr);
+
+  NewDirCommand (nullptr, &W->Header);
+  ASSERT_TRUE (Controls ().Editing (W->List));
+  EXPECT_EQ (Controls ().CellText (W->List, 0, Controls ().EditRow (W->List)), "new dir");
+  Controls ().FinishEdit (W->List, "made", true);
+  Base ().PumpMessages ();
+  EXPECT_TRUE (fs::is_directory (VolumePath (V) / "made"));
+  EXPECT_TRUE (Listed (W, "made"));
+  EXPECT_FALSE (Listed (W, "new dir"));
+  EXPECT_TRUE (Boxes ().empty ());
+
+  unsigned Before = Redraws (W);
+  NewDir (W, "");
+  EXPECT_EQ (Redraws (W), Before);
+  NewDir (W, "never", false);
+  EXPECT_GT (Redraws (W), Before);
+  EXPECT_FALSE (fs::exists (VolumePath (V) / "never"));
+  EXPECT_TRUE (Boxes ().empty ());
+
+  NewDir (W, "taken");
+  ASSERT_EQ (Boxes ().size (), 1u);
+  EXPECT_EQ (Boxes ()[0].Text, Res ("fail_create_dir"));
+  EXPECT_EQ (Boxes ()[0].Caption, "taken");
+  EXPECT_EQ (Host (V, "taken/file.txt"), "kept");
+}
+
+TEST_F (FileOpsTest, LongPathsAreRefusedWithoutEffect) {
+  int V = MakeVolume ("vol", 0, 0, 1, "DATA");
+  // Five components of 99 characters: a path of 500 characters.
+  std::string Host, Path;
+  for (int I = 0; I < 5; I++) {
+    std::string Part (99, char ('a' + I));
+    Host += (I ? "/" : "") + Part;
+    Path += "\\" + Part;
+  }
+  ASSERT_EQ (Path.size (), 500u);
+  MakeDir (V, Host);
+  WriteFile (V, Host + "/f.txt", "f");
+  MAIN_WINDOW *W = Open (V, Path);
+  ASSERT_NE (W, nullptr);
+  ASSERT_EQ (std::string (reinterpret_cast<char *> (W->CurrentPath)), Path);
+
+  // 500 + 10 reaches 510: refused before the file driver is asked.
+  EXPECT_FALSE (MakeDirectory (W, reinterpret_cast<const CHAR8 *> ("0123456789")));
+  EXPECT_FALSE (fs::exists (VolumePath (V) / Host / "0123456789"));
+  NewDir (W, "0123456789");
+  ASSERT_EQ (Boxes ().size (), 1u);
+  EXPECT_EQ (Boxes ()[0].Text, Res ("fail_create_dir"));
+  EXPECT_EQ (Boxes ()[0].Caption, "0123456789");
+  EXPECT_FALSE (fs::exists (VolumePath (V) / Host / "0123456789"));
+  // 500 + 9: attempted, and made.
+  EXPECT_TRUE (MakeDirectory (W, reinterpret_cast<const CHAR8 *> ("012345678")));
+  EXPECT_TRUE (fs::is_directory (VolumePath (V) / Host / "012345678"));
+  EXPECT_FALSE (MakeDirectory (W, reinterpret_cast<const CHAR8 *> ("")));
+
+  // A rename whose new full path would not fit 512 bytes is refused untouched.
+  EXPECT_FALSE (RenameItem (W, reinterpret_cast<const CHAR8 *> ("f.txt"),
+                            reinterpret_cast<const CHAR8 *> ("0123456789a.txt")));
+  EXPECT_EQ (ReadHostFile (VolumePath (V) / Host / "f.txt"), "f");
+  EXPECT_TRUE (RenameItem (W, reinterpret_cast<const CHAR8 *> ("f.txt"), reinterpret_cast<const CHAR8 *> ("g.txt")));
+  EXPECT_EQ (ReadHostFile (VolumePath (V) / Host / "g.txt"), "f");
+}
+
+}  // namespace
