@@ -211,14 +211,4 @@ TEST_F (MainWindowTest, PathStatusStopsAt250Characters) {
   EXPECT_EQ (Status (W), Path249 + "\\");
 }
 
-TEST_F (MainWindowTest, ReadOnlySelectionKeepsDeleteDisabled) {
-  int V = MakeVolume ("ro", 0x80);
-  WriteFile (V, "f.txt", "x");
-  MAIN_WINDOW *W = Open (V);
-  Controls ().SelectRows (W->List, {0});
-  EXPECT_TRUE (Enabled (Button (W, CopyCommand)));
-  EXPECT_FALSE (Enabled (Button (W, DeleteCommand)));
-  EXPECT_FALSE (FileItem (W, "delete").Enabled);
-}
-
 }  // namespace
