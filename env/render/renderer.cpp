@@ -14,7 +14,7 @@ namespace env {
 
 namespace {
 
-constexpr int kStatusPadding = 6;
+constexpr int kStatusPadding = 8;
 constexpr int kScrollBarWidth = 16;
 constexpr int kIconSize = 16;
 
@@ -521,8 +521,10 @@ WindowLayout LayoutOf (Environment &Env, WINDOW_HEADER *Window) {
   L.CloseX = L.X + L.Width - L.CloseWidth - 5;
   L.CloseY = L.Y + (L.CaptionHeight - L.CloseHeight) / 2 + 1;
   if (Env.windows ().StatusFieldCount (Window) > 0) {
-    L.StatusHeight = Env.gui ().Table ()->GetLineHeight () + kStatusPadding + 4;
-    L.StatusY = L.Y + L.Height - 1 - L.StatusHeight;
+    // The line height + 8 pixels at the bottom of the window, where the
+    // driver leaves room for it.
+    L.StatusHeight = Env.gui ().Table ()->GetLineHeight () + kStatusPadding;
+    L.StatusY = L.Y + L.Height - L.StatusHeight;
   }
   return L;
 }
