@@ -87,6 +87,10 @@ TEST (Formatter, StaysWithinTheBuffer) {
   EXPECT_EQ (Buffer[0], 0x5A);  // a size of 0 writes nothing
   // Huge widths are cut at the buffer too.
   EXPECT_EQ (AsciiSPrint (Buffer, sizeof (Buffer), A ("%99999d"), 1), 7u);
+  EXPECT_EQ (AsciiSPrint (Buffer, sizeof (Buffer), A ("%*d|%-*a|"), 2000000000, 5, 2000000000, A ("x")), 7u);
+  EXPECT_STREQ (reinterpret_cast<char *> (Buffer), "       ");
+  EXPECT_EQ (AsciiSPrint (Buffer, sizeof (Buffer), A ("%*d"), -3, 5), 3u);  // negative width: left-justified
+  EXPECT_STREQ (reinterpret_cast<char *> (Buffer), "5  ");
 }
 
 TEST (Formatter, PrintWritesUtf16ToTheConsoleAndStopsAt320) {
