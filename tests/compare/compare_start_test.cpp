@@ -174,4 +174,37 @@ TEST_F (CompareTest, SingleFileAtTheVolumeRootAndLargeFilesInChunks) {
   EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
 }
 
+TEST_F (CompareTest, HostileArgumentsAndRefusedMemoryLeaveNothing) {
+  Both ("h/a", "1");
+  EXPECT_EQ (Surveyor ()->StartCompareJobWithCallback (static_cast<UINT8> (Src), static_cast<UINT8> (Bak), nullptr,
+                                                       ReportCallback),
+             nullptr);
+  // Volume numbers that hold no volume behave as missing roots.
+  gReports.clear ();
+  EXPECT_EQ (Surveyor ()->StartCompareJobWithCallback (200, static_cast<UINT8> (Bak),
+                                                       reinterpret_cast<const CHAR8 *> ("\\h"), ReportCallback),
+             nullptr);
+  ASSERT_EQ (gReports.size (), 2u);
+  EXPECT_EQ (gReports[0].Line, TextWith ("root missing", {"\\h"}));
+  Surveyor ()->CancelCompareJob (nullptr);
+  EXPECT_EQ (Surveyor ()->SnapshotCompareResult (nullptr), nullptr);
+
+  // The job, its result, the text and the two buffers: each refused in turn.
+  size_t Baseline = Fw ().LiveAllocations ();
+  for (unsigned Skip = 0; Skip < 5; Skip++) {
+    Fw ().FailService (env::BootService::AllocatePool, EFI_OUT_OF_RESOURCES, 1, Skip);
+    EXPECT_EQ (Start ("\\h"), nullptr) << Skip;
+    Fw ().ClearFailures ();
+    EXPECT_EQ (Fw ().LiveAllocations (), Baseline) << Skip;
+    EXPECT_EQ (LiveJobs (), 0u);
+  }
+  COMPARE_JOB *Job = Start ("\\h");
+  ASSERT_NE (Job, nullptr);
+  // A snapshot that cannot get its memory is null, and the job runs on.
+  Fw ().FailService (env::BootService::AllocatePool, EFI_OUT_OF_RESOURCES, 1, 1);
+  EXPECT_EQ (Surveyor ()->SnapshotCompareResult (Job), nullptr);
+  Fw ().ClearFailures ();
+  EXPECT_GT (RunToEnd (), 0);
+}
+
 }  // namespace
