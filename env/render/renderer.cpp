@@ -84,8 +84,22 @@ class Painter {
     Gui.DrawText (C, X, Y, T, Colour);
   }
   // Text cut at the right edge of the clip with its own clip.
+  // Only whole characters that fit in W pixels are drawn.
   void TextIn (const PaintContext &C, int X, int Y, int W, const std::string &T, uint32_t Colour) {
-    Gui.DrawText (Intersect (C, Clip (X, Y, W, Lh)), X, Y, T, Colour);
+    Gui.DrawText (Intersect (C, Clip (X, Y, W, Lh)), X, Y, Fit (T, W), Colour);
+  }
+  static std::string Fit (const std::string &T, int W) {
+    if (GuiDriver::TextWidth (T) <= W) return T;
+    size_t End = 0;
+    int Used = 0;
+    while (End < T.size ()) {
+      size_t Len = static_cast<unsigned char> (T[End]) >= 0x81 && End + 1 < T.size () ? 2 : 1;
+      int Cw = GuiDriver::TextWidth (T.substr (End, Len));
+      if (Used + Cw > W) break;
+      Used += Cw;
+      End += Len;
+    }
+    return T.substr (0, End);
   }
 
   void Icon (const PaintContext &C, int X, int Y, uint8_t Id, int Size, bool Greyed = false) {
@@ -385,27 +399,36 @@ class Painter {
     std::string All = Cd.TextViewText (Ctl);
     int Ly = Y + 3, MaxW = W - 8;
     std::string Line;
-    auto Flush = [&] () {
-      Text (C, X + 4, Ly, Line, colours::Text);
-      Line.clear ();
+    auto Flush = [&] (size_t Count) {
+      Text (C, X + 4, Ly, Line.substr (0, Count), colours::Text);
+      Line.erase (0, Count);
+      while (!Line.empty () && Line[0] == ' ') Line.erase (0, 1);
       Ly += Lh;
     };
-    // Lines break at line feeds and wrap at the right edge (never inside a
-    // double-byte character).
+    // Lines break at line feeds and wrap at the right edge: after the last
+    // space that fits, else before the character that does not (never
+    // inside a double-byte character).
     for (size_t I = 0; I < All.size () && Ly < Y + H; I++) {
       unsigned char B = All[I];
       if (B == '\r') continue;
       if (B == '\n') {
-        Flush ();
+        Flush (Line.size ());
         continue;
       }
       size_t Len = B >= 0x81 && I + 1 < All.size () ? 2 : 1;
       std::string Ch = All.substr (I, Len);
-      if (GuiDriver::TextWidth (Line + Ch) > MaxW && !Line.empty ()) Flush ();
+      if (GuiDriver::TextWidth (Line + Ch) > MaxW && !Line.empty () && Ch != " ") {
+        size_t Space = Line.rfind (' ');
+        Flush (Space != std::string::npos && Space > 0 ? Space : Line.size ());
+      }
       Line += Ch;
       I += Len - 1;
     }
-    if (!Line.empty ()) Flush ();
+    while (!Line.empty () && Ly < Y + H) {
+      std::string Part = Fit (Line, MaxW);
+      size_t Space = Part.size () < Line.size () ? Part.rfind (' ') : std::string::npos;
+      Flush (Space != std::string::npos && Space > 0 ? Space : std::max<size_t> (Part.size (), 1));
+    }
   }
 
   void PaintCombo (COMBO_BOX *Combo, const PaintContext &Area, const PaintContext &C, int X, int Y, int W, int H) {
@@ -413,6 +436,8 @@ class Painter {
     Gui.FillRect (C, X, Y, W, BoxH, colours::Window);
     Bevel (C, X, Y, W, BoxH, false);
     std::string T = Combo->Control.Text ? reinterpret_cast<const char *> (Combo->Control.Text) : "";
+    std::vector<std::string> Items = Cd.ComboItems (Combo);
+    if (T.empty () && Combo->CurrentRow < Items.size ()) T = Items[Combo->CurrentRow];
     TextIn (C, X + 4, Y + (BoxH - Lh) / 2, W - BoxH - 6, T, colours::Text);
     int Bx = X + W - BoxH + 1;
     Gui.FillRect (C, Bx, Y + 2, BoxH - 3, BoxH - 4, colours::Face);
@@ -421,7 +446,6 @@ class Painter {
     for (int I = 0; I < 4; I++) Gui.FillRect (C, Cx - 3 + I, Cy + I, 7 - 2 * I, 1, colours::Text);
     if (!Combo->Open) return;
     // The drop-down list below the box, over whatever lies there.
-    std::vector<std::string> Items = Cd.ComboItems (Combo);
     int RowH = Lh + 4, ListH = int (Items.size ()) * RowH + 2;
     PaintContext Drop = Gui.ScreenContext ();
     Gui.FillRect (Drop, X, Y + BoxH, W, ListH, colours::Window);

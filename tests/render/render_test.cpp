@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <iterator>
 
@@ -162,4 +163,38 @@ TEST_F (RenderTest, ScreenshotHoldsTheFramebuffer) {
   for (size_t I = 0; I < Img.Pixels.size (); I++) Diff += Img.Pixels[I] != (0xFF000000u | G ().Framebuffer ()[I]);
   EXPECT_EQ (Diff, 0u);
   EXPECT_FALSE (env::SaveScreenshot ((Dir.Path () / "no" / "such" / "dir.png").string ()));
+}
+
+TEST_F (RenderTest, TextViewsWrapAndCombosShowTheirChoice) {
+  TheBase = Wb ();
+  WINDOW_HEADER *Win = MakeWindow ("\xCE\xC4\xBC\xFE", 0, 0, 400, 300, DefaultThenNothing);   // "文件"
+  const char *Body = "first line\nsecond line is long enough that it must wrap twice inside the narrow box";
+  CONTROL_RECT R {10, 30, 200, 120};
+  CONTROL *View = Cd ()->CreateTextView (Win, 5, A (Body), static_cast<UINT16> (strlen (Body) + 1), &R);
+  ASSERT_NE (View, nullptr);
+  COMBO_BOX *Combo = Cd ()->CreateComboBox (220, 30, 150, 26, 0, Win);
+  Cd ()->AddComboItem (Combo, A ("Volume A"), 0);
+  Cd ()->AddComboItem (Combo, A ("Volume B"), 0);
+  Env ().controls ().ChooseComboRow (Combo, 1);
+  env::RenderDesktop (Env ());
+
+  int32_t Vx, Vy;
+  Env ().windows ().ScreenOrigin (View, Vx, Vy);
+  // 24 characters fit in a line: "first line", then "second line is long" /
+  // "enough that it must" / "wrap twice inside the" / "narrow box".
+  int Lines = 0;
+  for (int Line = 0; Line < 7; Line++) Lines += Count (env::colours::Text, Vx + 2, Vy + 3 + Line * 16, 196, 16) > 0;
+  EXPECT_EQ (Lines, 5);
+  EXPECT_EQ (Count (env::colours::Text, Vx + 200, Vy, 10, 120), 0);
+  // A word is never cut: each wrapped line ends before the box's right edge
+  // with room to spare for the next word.
+  EXPECT_EQ (Count (env::colours::Text, Vx + 196, Vy, 4, 120), 0);
+
+  // The combo shows the chosen item; the GBK title is drawn as two wide glyphs.
+  int32_t Cx, Cy;
+  Env ().windows ().ScreenOrigin (Combo, Cx, Cy);
+  EXPECT_GT (Count (env::colours::Text, Cx + 2, Cy + 2, 100, 20), 30);
+  int TitleInk = Count (env::colours::CaptionText, 6, 2, 32, 20);
+  EXPECT_GT (TitleInk, 40);
+  EXPECT_EQ (Count (env::colours::CaptionText, 6 + 32, 4, 60, 16), 0);
 }
