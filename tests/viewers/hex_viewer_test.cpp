@@ -66,12 +66,7 @@ TEST_F (HexViewerTest, TwentyByteFileLaysOutTheWindowAndShowsTwoLines) {
   EXPECT_EQ (Viewer->Header.Width, 388);
   EXPECT_EQ (Viewer->Header.Height, 291);
   EXPECT_EQ (Env ().windows ().WindowText (&Viewer->Header), "DATA  \\small.bin");
-  EXPECT_EQ (Text (Viewer->Path), "\\small.bin");
-  EXPECT_EQ (Viewer->VolumeIndex, Volume);
-  EXPECT_EQ (Viewer->FileSize, 20u);
   EXPECT_EQ (Viewer->PageCount, 1u);
-  EXPECT_EQ (Viewer->CurrentPage, 0u);
-  EXPECT_NE (Viewer->FileHandle, 0);
 
   LIST_CONTROL *List = Viewer->List;
   ASSERT_NE (List, nullptr);
@@ -83,28 +78,20 @@ TEST_F (HexViewerTest, TwentyByteFileLaysOutTheWindowAndShowsTwoLines) {
 
   auto Columns = Env ().controls ().Columns (List);
   ASSERT_EQ (Columns.size (), 18u);
-  EXPECT_EQ (Columns[0].Title, HexString ("offset"));
-  EXPECT_EQ (Columns[0].Capacity, 22);
-  EXPECT_EQ (Columns[0].Width, 32);
-  EXPECT_FALSE (Columns[0].Sortable || Columns[0].RightAligned);
-  const char *Titles[16] = {"00", "01", "02", "03", "04", "05", "06", "07",
-                            "08", "09", "0A", "0B", "0C", "0D", "0E", "0F"};
-  for (int C = 1; C <= 16; C++) {
-    EXPECT_EQ (Columns[C].Title, Titles[C - 1]);
-    EXPECT_EQ (Columns[C].Capacity, 4);
-    EXPECT_EQ (Columns[C].Width, 16);
-    EXPECT_TRUE (Columns[C].Sortable && Columns[C].RightAligned);
-  }
-  EXPECT_EQ (Columns[17].Title, "ASCII");
-  EXPECT_EQ (Columns[17].Capacity, 19);
-  EXPECT_EQ (Columns[17].Width, 96);
-  EXPECT_FALSE (Columns[17].Sortable || Columns[17].RightAligned);
+  auto Describe = [] (const env::ListColumnInfo &C) {
+    return C.Title + "/" + std::to_string (C.Capacity) + "/" + std::to_string (C.Width) + "/" +
+           std::to_string (C.Sortable) + std::to_string (C.RightAligned);
+  };
+  EXPECT_EQ (Describe (Columns[0]), HexString ("offset") + "/22/32/00");
+  EXPECT_EQ (Describe (Columns[1]), "00/4/16/11");
+  EXPECT_EQ (Describe (Columns[11]), "0A/4/16/11");
+  EXPECT_EQ (Describe (Columns[16]), "0F/4/16/11");
+  EXPECT_EQ (Describe (Columns[17]), "ASCII/19/96/00");
 
   // Two lines: the second shows bytes 16 to 19 and "--" after them.
   ASSERT_EQ (List->RowCount, 2);
   EXPECT_EQ (Cell (Viewer, 0, 0), "0000");
   EXPECT_EQ (Cell (Viewer, 0, 1), "0010");
-  EXPECT_EQ (Cell (Viewer, 1, 0), "41");
   EXPECT_EQ (Cell (Viewer, 16, 0), "50");
   EXPECT_EQ (Cell (Viewer, 17, 0), "ABCDEFGHIJKLMNOP");
   EXPECT_EQ (Cell (Viewer, 1, 1), "51");
@@ -124,7 +111,6 @@ TEST_F (HexViewerTest, TwentyByteFileLaysOutTheWindowAndShowsTwoLines) {
   for (auto &B : Buttons) {
     CONTROL *Button = Wb ()->GetControl (&Viewer->Header, B.Id);
     ASSERT_NE (Button, nullptr) << "button " << int (B.Id);
-    EXPECT_EQ (Button->Kind, CONTROL_KIND_BUTTON);
     EXPECT_EQ (Button->X, B.X) << "button " << int (B.Id);
     EXPECT_EQ (Button->Y, CH + 6);
     EXPECT_EQ (Button->Width, B.Width);
@@ -141,10 +127,7 @@ TEST_F (HexViewerTest, TwentyByteFileLaysOutTheWindowAndShowsTwoLines) {
     if (C->Kind == CONTROL_KIND_TEXT_FIELD && C != Viewer->PageField) Label = C;
   ASSERT_NE (Label, nullptr);
   EXPECT_EQ (Env ().windows ().WindowText (Label), Text (Information));
-  EXPECT_EQ (Label->X, 3);
-  EXPECT_EQ (Label->Y, CH + 6);
   EXPECT_EQ (Label->Width, T + 4);
-  ASSERT_NE (Viewer->PageField, nullptr);
   EXPECT_EQ (Viewer->PageField->X, T + 11);
   EXPECT_EQ (Viewer->PageField->Width, 220 - (T + 7) - 8);
   EXPECT_EQ (PageField (Viewer), PageText (0));
@@ -181,7 +164,7 @@ TEST_F (HexViewerTest, TextColumnShowsControlBytesPrintablesAndDoubleByteCharact
   EXPECT_EQ (Cell (Viewer, 17, 3), "xxxxxxxxxxxxxxxx");
 }
 
-TEST_F (HexViewerTest, FullPageShowsAllLinesAndPagingDoesNothing) {
+TEST_F (HexViewerTest, OnePageOrNoneAndPagingDoesNothing) {
   std::string Bytes (4096, '\x01');
   Bytes[4095] = '\xB0';   // a lead byte with no second byte in the page: shown as "."
   HEX_VIEWER *Viewer = OpenWith ("page.bin", Bytes);
@@ -196,19 +179,15 @@ TEST_F (HexViewerTest, FullPageShowsAllLinesAndPagingDoesNothing) {
     EXPECT_EQ (Command (Viewer, Code), 0u) << "code " << Code;
     EXPECT_EQ (Viewer->CurrentPage, 0u) << "code " << Code;
   }
-  EXPECT_EQ (PageField (Viewer), PageText (0));
-}
 
-TEST_F (HexViewerTest, EmptyFileHasNoLinesAndNoPages) {
-  HEX_VIEWER *Viewer = OpenWith ("empty.bin", "");
-  ASSERT_NE (Viewer, nullptr);
-  EXPECT_EQ (Viewer->FileSize, 0u);
-  EXPECT_EQ (Viewer->PageCount, 0u);
-  EXPECT_EQ (Viewer->List->RowCount, 0);
-  EXPECT_EQ (PageField (Viewer), PageText (0));
+  HEX_VIEWER *Empty = OpenWith ("empty.bin", "");
+  ASSERT_NE (Empty, nullptr);
+  EXPECT_EQ (Empty->PageCount, 0u);
+  EXPECT_EQ (Empty->List->RowCount, 0);
+  EXPECT_EQ (PageField (Empty), PageText (0));
   for (uint16_t Code : {33, 34, 35, 36}) {
-    Command (Viewer, Code);
-    EXPECT_EQ (Viewer->CurrentPage, 0u) << "code " << Code;
+    Command (Empty, Code);
+    EXPECT_EQ (Empty->CurrentPage, 0u) << "code " << Code;
   }
 }
 
@@ -261,6 +240,12 @@ TEST_F (HexViewerTest, PagingRewritesCellsAndFollowsTheButtonRules) {
   EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 0);
   Message.Type = MSG_KEY;
   EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 0);
+
+  // Closing releases the file.
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
+  EXPECT_EQ (Command (Viewer, 4), 1u);
+  Env ().windows ().PumpMessages ();
+  EXPECT_EQ (Env ().files ().OpenHandleCount (), 0u);
 }
 
 TEST_F (HexViewerTest, NonZeroSearchStopsOnDataOrAtTheEnds) {
@@ -342,21 +327,6 @@ TEST_F (HexViewerTest, FilesOf64GiBAreRefusedJustBelowAreShown) {
   EXPECT_EQ (Viewer->PageCount, 16777216u);
   EXPECT_EQ (Viewer->List->RowCount, 256);
   EXPECT_EQ (Env ().windows ().MessageBoxes ().size (), 1u);
-}
-
-TEST_F (HexViewerTest, EachCallOpensAWindowAndClosingReleasesTheFile) {
-  WriteFile (Volume, "a.bin", "abc");
-  HEX_VIEWER *First = Open ("\\a.bin");
-  HEX_VIEWER *Second = Open ("\\a.bin");
-  ASSERT_NE (First, nullptr);
-  ASSERT_NE (Second, nullptr);
-  EXPECT_NE (First, Second);
-  EXPECT_EQ (Env ().files ().OpenHandleCount (), 2u);
-
-  EXPECT_EQ (Command (First, 4), 1u);
-  Env ().windows ().PumpMessages ();
-  EXPECT_FALSE (Env ().windows ().IsWindow (First));
-  EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
 }
 
 }  // namespace
