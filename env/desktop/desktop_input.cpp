@@ -7,6 +7,7 @@
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
+#include "env/windows/window_internal.h"
 
 namespace env {
 
@@ -216,6 +217,19 @@ bool DesktopInput::ClickControl (WINDOW_HEADER *Window, CONTROL *C, int X, int Y
 }
 
 void DesktopInput::MouseMove (int X, int Y) {
+  WindowBase &Wb = Env_.windows ();
+  if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) {
+    // The item under the pointer is highlighted (Enter then runs it).
+    if (WindowInfo *Info = Wb.Internal ().FindWindow (Popup)) {
+      std::vector<PopupItemInfo> Items = Wb.PopupItems (Popup);
+      Info->Highlight = -1;
+      for (size_t I = 0; I < Items.size (); I++) {
+        if (!Items[I].Item || Items[I].Separator || !Items[I].Enabled) continue;
+        const CONTROL &R = Items[I].Item->Control;
+        if (Inside (X, Y, Popup->X + R.X, Popup->Y + R.Y, R.Width, R.Height)) Info->Highlight = static_cast<int> (I);
+      }
+    }
+  }
   if (!Dragging_) return;
   if (!Env_.windows ().IsWindow (Dragging_)) {
     Dragging_ = nullptr;

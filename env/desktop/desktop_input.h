@@ -22,7 +22,8 @@ class DesktopInput {
 
   // Clicks is 2 for a double click. Returns true when something reacted.
   bool MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl = false, bool Shift = false);
-  void MouseMove (int X, int Y);    // drags a window by its title bar
+  // Drags a window by its title bar; over an open popup, highlights the item.
+  void MouseMove (int X, int Y);
   void MouseUp (int X, int Y);
   // Wheel over a list, tree or log: positive Lines scroll up.
   bool Wheel (int X, int Y, int Lines);

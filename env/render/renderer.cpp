@@ -294,7 +294,8 @@ class Painter {
 
   void PaintMenuButton (MENU_ITEM *Item, const PaintContext &C, int X, int Y, int W, int H) {
     bool Enabled = Item->Control.Flags & WINDOW_FLAG_ENABLED;
-    bool Highlighted = Item->Control.State == 2;
+    // A menu title is also highlighted while its popup is open.
+    bool Highlighted = Item->Control.State == 2 || (Item->Popup && Item->Popup == Wb.ShownPopup ());
     if (Item->IconId < ICON_NONE) {
       if (Highlighted) Bevel (C, X, Y, W, H, true);
       int S = std::min ({W - 4, H - 4, 32});

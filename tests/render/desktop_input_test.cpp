@@ -165,6 +165,10 @@ TEST_F (DesktopInputTest, PopupsAndButtons) {
   auto Items = Env ().windows ().PopupItems (Popup);
   ASSERT_EQ (Items.size (), 2u);
   const CONTROL &Run = Items[0].Item->Control;
+  // Hovering highlights the item: the renderer paints it in the selection colour.
+  In.MouseMove (Popup->X + Run.X + 5, Popup->Y + Run.Y + 3);
+  env::RenderDesktop (Env ());
+  EXPECT_EQ (Env ().gui ().PixelAt (Popup->X + Run.X + Run.Width - 3, Popup->Y + Run.Y + 2), env::colours::Selection);
   In.MouseDown (Popup->X + Run.X + 5, Popup->Y + Run.Y + 3, env::MouseButton::Left, 1);
   EXPECT_EQ (CommandRuns, 1u);
   EXPECT_EQ (Env ().windows ().ShownPopup (), nullptr);
