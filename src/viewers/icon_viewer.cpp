@@ -144,6 +144,8 @@ WINDOW_HEADER *OpenIconViewer (UINT16 X, UINT16 Y, UINT8 VolumeIndex, const CHAR
   if (Height < Needed) {
     Height = Needed < ScreenHeight ? Needed : ScreenHeight;
   }
+  // Like x, y is checked whatever the height came from: a window that would
+  // reach the bottom of the screen starts at its top.
   if (Top + Height >= ScreenHeight) {
     Top = 0;
   }
