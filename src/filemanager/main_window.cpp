@@ -8,6 +8,11 @@
 //
 // Layout, top to bottom: the menu header (menu row, toolbar, path row), the
 // four-column list, and a status line of one line height + 8 pixels.
+//
+// Asking for the window of a volume that already has one switches it to the
+// given path; the go-up command then follows that path as it does when the
+// user navigates. A path that would not fit in CurrentPath (512 bytes) is
+// ignored there, and falls back to the root for a new window.
 
 #include "filemanager/main_window.h"
 
