@@ -234,6 +234,12 @@ class Painter {
       if (!Wb.IsControl (C) || ScrollBars.count (C)) continue;
       PaintControl (C, Area);
     }
+    // In-place edits of list rows and tree items are kept out of the chain;
+    // they lie over their list.
+    for (auto &Entry : Wb.Internal ().ControlMap) {
+      CONTROL *C = Entry.second ? Entry.second->Rec : nullptr;
+      if (C && C->Kind == CONTROL_KIND_EDIT && C->Parent == W && !Entry.second->InChain) PaintControl (C, Area);
+    }
   }
 
   void PaintControl (CONTROL *Ctl, const PaintContext &Area) {

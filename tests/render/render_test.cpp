@@ -126,6 +126,15 @@ TEST_F (RenderTest, PaintsControlsListsStatusAndPopups) {
   EXPECT_GT (Count (env::colours::Text, Lx + 1 + 200 + 70, Ly + 1 + HeadH, 30, RowH), 5);
   EXPECT_EQ (Count (env::colours::Text, Lx + 1 + 200 + 2, Ly + 1 + HeadH, 40, RowH), 0);
 
+  // An in-place edit of a new row is drawn over its row: white with the text.
+  Cd ()->BeginNewItem (List, ICON_NONE, TRUE, A ("new dir"));
+  ASSERT_TRUE (Env ().controls ().Editing (List));
+  env::RenderDesktop (Env ());
+  int EditY = Ly + 1 + HeadH + 3 * RowH;
+  EXPECT_GT (Count (env::colours::Window, Lx + 4, EditY + 1, 60, RowH - 2), 100);
+  EXPECT_GT (Count (env::colours::Text, Lx + 4, EditY + 1, 60, RowH - 2), 20);
+  Env ().controls ().FinishEdit (List, "", false);
+
   // Status line text near the window's bottom.
   env::WindowLayout L = env::LayoutOf (Env (), Win);
   ASSERT_GT (L.StatusHeight, 0);
