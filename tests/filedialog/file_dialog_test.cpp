@@ -1,0 +1,378 @@
+// The file dialog driven as a user would: the tree's contents, the choice
+// handed back (volume byte and path), the volume selector, the tree's
+// context menu with its in-place edits and their refusals.
+#include <filesystem>
+
+#include "env/controls/control_driver.h"
+#include "env/windows/window_base.h"
+#include "filedialog/file_dialog.h"
+#include "filemanager/file_types.h"
+#include "support/driver_fixture.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class FileDialogTest : public DriverTest {
+ protected:
+  void SetUp () override {
+    DriverTest::SetUp ();
+    Vol = MakeVolume ("data", 0, 0, 1, "DATA");
+    WriteFile (Vol, "a/b/deep.txt", "deep");
+    WriteFile (Vol, "docs/readme.txt", "readme");
+    WriteFile (Vol, "onlyfiles/x.txt", "x");
+    WriteFile (Vol, "onlyfiles/y.txt", "y");
+    MakeDir (Vol, ".hidden/inner");
+    WriteFile (Vol, ".profile", "p");
+    WriteFile (Vol, "..weird", "w");
+    WriteFile (Vol, "a/.secret/z.txt", "z");
+    MakeDir (Vol, "emptydir");
+    WriteFile (Vol, "top.txt", "top");
+  }
+
+  FILE_DIALOG *Open (int Volume, UINT8 DirsOnly, const char *Title = "Pick") {
+    WINDOW_HEADER *W = Surveyor ()->OpenFileDialog (20, 30, (const CHAR8 *) Title, (UINT8) Volume, DirsOnly);
+    EXPECT_NE (W, nullptr);
+    return reinterpret_cast<FILE_DIALOG *> (W);
+  }
+  env::ControlDriver &Controls () { return Env ().controls (); }
+  env::WindowBase &Windows () { return Env ().windows (); }
+  std::vector<FILE_LIST_ITEM> Items (FILE_DIALOG *D) { return Controls ().TreeItems (D->FileTree); }
+  std::vector<std::string> Paths (FILE_DIALOG *D) {
+    std::vector<std::string> Out;
+    for (auto &I : Items (D)) Out.push_back ((const char *) I.Path);
+    return Out;
+  }
+  uint16_t IndexOf (FILE_DIALOG *D, const std::string &Path) {
+    auto All = Paths (D);
+    for (size_t I = 0; I < All.size (); I++)
+      if (All[I] == Path) return (uint16_t) I;
+    ADD_FAILURE () << "no tree item " << Path;
+    return 0xFFFF;
+  }
+  void Select (FILE_DIALOG *D, const std::string &Path) { Controls ().SelectTreeItem (D->FileTree, IndexOf (D, Path)); }
+  void Expand (FILE_DIALOG *D, const std::string &Path) { Controls ().ExpandTreeItem (D->FileTree, IndexOf (D, Path)); }
+  void Type (FILE_DIALOG *D, const char *Text) { Wb ()->SetWindowText (D->NameField, (const CHAR8 *) Text); }
+  void PressOpen (FILE_DIALOG *D) {
+    CONTROL *Button = Wb ()->GetControl (&D->Header, 33);
+    ASSERT_NE (Button, nullptr);
+    Windows ().ClickButton (Button);
+  }
+  size_t ResultCount () { return Windows ().DialogResults ().size (); }
+  // The last choice handed back: "<volume>:<path>".
+  std::string LastResult () {
+    if (Windows ().DialogResults ().empty ()) return "<none>";
+    const auto &Data = Windows ().DialogResults ().back ().Data;
+    EXPECT_EQ (Data.size (), 1024u);
+    if (Data.size () < 2) return "<short>";
+    return std::to_string (Data[0]) + ":" + std::string ((const char *) Data.data () + 1);
+  }
+  std::string Want (int Volume, const std::string &Path) { return std::to_string (Volume) + ":" + Path; }
+  std::string Status (FILE_DIALOG *D) { return Windows ().StatusText (&D->Header, 0); }
+  void OpenContextMenu (FILE_DIALOG *D, const std::string &Path) {
+    Controls ().TreeContextClick (D->FileTree, IndexOf (D, Path), 5, 6);
+  }
+
+  int Vol = -1;
+};
+
+TEST_F (FileDialogTest, WindowLayoutAndTreeContents) {
+  FILE_DIALOG *D = Open (Vol, 0);
+  ASSERT_NE (D, nullptr);
+  WINDOW_HEADER *W = &D->Header;
+  EXPECT_EQ (W->ObjectSize, 848u);
+  EXPECT_EQ (Windows ().WindowText (W), "Pick");
+  EXPECT_TRUE (W->Flags & WINDOW_FLAG_DIALOG);
+  EXPECT_EQ (W->X, 20);
+  EXPECT_EQ (W->Y, 30);
+  EXPECT_EQ (W->Width, 400);
+  UINT16 L = Gui ()->GetLineHeight (), Caption = Wb ()->CaptionHeight;
+  UINT16 TreeTop = (UINT16) (Caption + 6 + L + 16), TreeHeight = (UINT16) ((L + 6) * 10 + 6);
+  EXPECT_EQ (D->FileTree->Control.X, 10);
+  EXPECT_EQ (D->FileTree->Control.Y, TreeTop);
+  EXPECT_EQ (D->FileTree->Control.Width, 380);
+  EXPECT_EQ (D->FileTree->Control.Height, TreeHeight);
+  EXPECT_EQ (W->Height, TreeTop + TreeHeight + 6 + 2 * L + 25);
+  EXPECT_STREQ ((const char *) D->CurrentDir, "\\");
+  EXPECT_EQ (Windows ().IconPath (W->IconId), "\\efi\\kivora\\icon\\surveyor\\files\\dir.ico");
+  CONTROL *Button = Wb ()->GetControl (W, 33);
+  ASSERT_NE (Button, nullptr);
+  EXPECT_EQ (Windows ().WindowText (Button), "Open");
+
+  // Names starting with "." never appear; folders first, then files.
+  EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\docs", "\\emptydir", "\\onlyfiles", "\\top.txt"}));
+  auto All = Items (D);
+  std::vector<int> Children;
+  for (auto &I : All) Children.push_back (I.HasChildren);
+  EXPECT_EQ (Children, (std::vector<int> {1, 1, 1, 0, 1, 0}));
+  for (size_t I = 0; I + 1 < All.size (); I++) EXPECT_EQ (All[I].Icon, gFileIcons.Directory) << All[I].Path;
+  EXPECT_EQ (All.back ().Icon, gFileIcons.Unknown);
+  EXPECT_NE (gFileIcons.Directory, gFileIcons.Unknown);
+
+  // Expanding lists the children under their parent; ".secret" stays hidden.
+  Expand (D, "\\a");
+  Expand (D, "\\a\\b");
+  EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\a\\b", "\\a\\b\\deep.txt", "\\docs", "\\emptydir",
+                                                  "\\onlyfiles", "\\top.txt"}));
+
+  // The handler's answers.
+  MESSAGE M {};
+  M.Type = MSG_SYSCOMMAND;
+  M.Word2 = SYSCMD_RESTORE;
+  EXPECT_EQ (W->Handler (W, &M), 1);
+  M.Word2 = 5;
+  EXPECT_EQ (W->Handler (W, &M), 0);
+  M.Type = MSG_ACTIVATE;
+  EXPECT_EQ (W->Handler (W, &M), 1);
+  M.Type = MSG_KEY;
+  EXPECT_EQ (W->Handler (W, &M), 0);
+  EXPECT_EQ (ResultCount (), 0u);
+}
+
+TEST_F (FileDialogTest, ChoicesGiveVolumeAndPath) {
+  FILE_DIALOG *D = Open (Vol, 0);
+  // The root with an empty name.
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\"));
+
+  // A directory and a typed name.
+  Select (D, "\\docs");
+  EXPECT_EQ (Status (D), "Folder: \\docs");
+  Type (D, "new.txt");
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\docs\\new.txt"));
+
+  // Selecting a directory empties the name field; no trailing "\".
+  Expand (D, "\\a");
+  Select (D, "\\a\\b");
+  EXPECT_STREQ ((const char *) D->NameField->Text, "");
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\a\\b"));
+
+  // A file fills the name field and sets its directory.
+  Expand (D, "\\a\\b");
+  Select (D, "\\a\\b\\deep.txt");
+  EXPECT_STREQ ((const char *) D->NameField->Text, "deep.txt");
+  EXPECT_STREQ ((const char *) D->CurrentDir, "\\a\\b");
+  EXPECT_EQ (Status (D), "Folder: \\a\\b\\deep.txt");
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\a\\b\\deep.txt"));
+  Select (D, "\\top.txt");
+  EXPECT_STREQ ((const char *) D->CurrentDir, "\\");
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\top.txt"));
+
+  // Activating a directory only selects it when files may be chosen.
+  size_t Before = ResultCount ();
+  Controls ().ActivateTreeItem (D->FileTree, IndexOf (D, "\\docs"));
+  EXPECT_EQ (ResultCount (), Before);
+  EXPECT_EQ (Status (D), "Folder: \\docs");
+  EXPECT_STREQ ((const char *) D->CurrentDir, "\\docs");
+
+  // Activating a file completes the dialog, which then closes.
+  Expand (D, "\\onlyfiles");
+  Controls ().ActivateTreeItem (D->FileTree, IndexOf (D, "\\onlyfiles\\y.txt"));
+  EXPECT_EQ (ResultCount (), Before + 1);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\onlyfiles\\y.txt"));
+  EXPECT_EQ (Windows ().DialogResults ().back ().Dialog, &D->Header);
+  Windows ().PumpMessages ();
+  EXPECT_FALSE (Windows ().IsWindow (&D->Header));
+}
+
+TEST_F (FileDialogTest, DirectoriesOnly) {
+  FILE_DIALOG *D = Open (Vol, 1);
+  EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\docs", "\\emptydir", "\\onlyfiles"}));
+  std::vector<int> Children;
+  for (auto &I : Items (D)) Children.push_back (I.HasChildren);
+  // docs and onlyfiles hold only files: no children here.
+  EXPECT_EQ (Children, (std::vector<int> {1, 1, 0, 0, 0}));
+  Expand (D, "\\a");
+  EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\a\\b", "\\docs", "\\emptydir", "\\onlyfiles"}));
+  EXPECT_EQ (Items (D)[2].HasChildren, 0);
+
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\"));
+  // Activating a directory completes with that directory.
+  Controls ().ActivateTreeItem (D->FileTree, IndexOf (D, "\\a\\b"));
+  EXPECT_EQ (LastResult (), Want (Vol, "\\a\\b"));
+  Controls ().ActivateTreeItem (D->FileTree, 0);
+  EXPECT_EQ (LastResult (), Want (Vol, "\\"));
+}
+
+TEST_F (FileDialogTest, LargeRootStopsAt4096Items) {
+  int Big = MakeVolume ("big");
+  fs::path Root = VolumePath (Big);
+  for (int I = 0; I < 5000; I++) WriteHostFile (Root / ("f" + std::to_string (10000 + I)), "");
+  FILE_DIALOG *D = Open (Big, 0);
+  auto All = Items (D);
+  ASSERT_EQ (All.size (), 4096u);
+  EXPECT_STREQ ((const char *) All[0].Path, "\\");
+  EXPECT_STREQ ((const char *) All[4095].Path, "\\f14094");
+}
+
+TEST_F (FileDialogTest, SwitchingTheVolumeReloadsTheTree) {
+  int Alpha = MakeVolume ("alpha", 0, 0, 1, "ALPHA");
+  WriteFile (Alpha, "alpha.txt", "a");
+  FILE_DIALOG *D = Open (Vol, 0);
+  EXPECT_EQ (Controls ().ComboItems (D->VolumeCombo), (std::vector<std::string> {"DATA", "ALPHA"}));
+  EXPECT_EQ (D->VolumeCombo->CurrentRow, 0);
+  EXPECT_EQ (D->VolumeCombo->ChosenRow, 0);
+  EXPECT_EQ (D->VolumeCount, 2);
+
+  Select (D, "\\docs");
+  Type (D, "keep.me");
+  Controls ().ChooseComboRow (D->VolumeCombo, 1);
+  EXPECT_EQ (D->DialogVolume, Alpha);
+  EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\alpha.txt"}));
+  EXPECT_STREQ ((const char *) D->CurrentDir, "\\");
+  EXPECT_STREQ ((const char *) D->NameField->Text, "keep.me") << "the name field keeps its text";
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (Alpha, "\\keep.me"));
+
+  // Choosing the volume already shown does not reload.
+  unsigned Redraws = Windows ().RedrawCount (D->FileTree);
+  Select (D, "\\alpha.txt");
+  Controls ().ChooseComboRow (D->VolumeCombo, 1);
+  EXPECT_EQ (Windows ().RedrawCount (D->FileTree), Redraws);
+  EXPECT_STREQ ((const char *) D->CurrentDir, "\\");
+  EXPECT_STREQ ((const char *) D->NameField->Text, "alpha.txt");
+
+  Controls ().ChooseComboRow (D->VolumeCombo, 0);
+  EXPECT_EQ (D->DialogVolume, Vol);
+  EXPECT_EQ (Items (D).size (), 6u);
+}
+
+TEST_F (FileDialogTest, UnofferedVolumeShowsTheRootAlone) {
+  FILE_DIALOG *D = Open (17, 0);
+  EXPECT_EQ (D->VolumeCombo->CurrentRow, 0xFFFF) << "no row is chosen";
+  auto All = Items (D);
+  ASSERT_EQ (All.size (), 1u);
+  EXPECT_STREQ ((const char *) All[0].Path, "\\");
+  EXPECT_EQ (All[0].HasChildren, 0);
+  PressOpen (D);
+  EXPECT_EQ (LastResult (), Want (17, "\\"));
+  // An empty volume looks the same.
+  int Empty = MakeVolume ("empty");
+  FILE_DIALOG *E = Open (Empty, 1);
+  ASSERT_EQ (Items (E).size (), 1u);
+  EXPECT_EQ (Items (E)[0].HasChildren, 0);
+}
+
+TEST_F (FileDialogTest, ContextMenuCreatesAndRenamesDirectories) {
+  FILE_DIALOG *D = Open (Vol, 0);
+  fs::path Root = VolumePath (Vol);
+  Expand (D, "\\docs");
+  OpenContextMenu (D, "\\docs");
+  WINDOW_HEADER *Popup = Windows ().ShownPopup ();
+  ASSERT_NE (Popup, nullptr);
+  EXPECT_EQ (Popup, D->DialogPopup);
+  int32_t Ox = 0, Oy = 0;
+  Windows ().ScreenOrigin (D->FileTree, Ox, Oy);
+  EXPECT_EQ (Popup->X, Ox + 5);
+  EXPECT_EQ (Popup->Y, Oy + 6);
+  auto Menu = Windows ().PopupItems (Popup);
+  ASSERT_EQ (Menu.size (), 3u);
+  EXPECT_EQ (Menu[0].Text, "New folder");
+  EXPECT_EQ (Menu[1].Text, "Delete folder");
+  EXPECT_EQ (Menu[2].Text, "Rename");
+  for (auto &I : Menu) {
+    EXPECT_EQ (I.Icon, 126);
+    EXPECT_EQ (I.Context, &D->Header);
+  }
+
+  // "Delete folder" deletes nothing.
+  EXPECT_TRUE (Windows ().ChoosePopupItem (Popup, "Delete folder"));
+  EXPECT_TRUE (fs::exists (Root / "docs/readme.txt"));
+  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+
+  // A new folder under the clicked directory.
+  OpenContextMenu (D, "\\docs");
+  EXPECT_EQ (Windows ().ShownPopup (), Popup) << "the popup is made once";
+  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
+  ASSERT_TRUE (Controls ().TreeEditing (D->FileTree));
+  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), 0u);
+  EXPECT_TRUE (fs::is_directory (Root / "docs/fresh"));
+  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+
+  // The same name again is refused with the path as text.
+  OpenContextMenu (D, "\\docs");
+  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
+  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), TREE_REFUSE_EDIT);
+  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Style, 1);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\docs\\fresh");
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot create folder");
+  Windows ().ClearMessageBoxes ();
+
+  // A cancelled edit creates nothing.
+  OpenContextMenu (D, "\\emptydir");
+  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
+  Controls ().FinishTreeEdit (D->FileTree, "never", false);
+  EXPECT_FALSE (fs::exists (Root / "emptydir/never"));
+
+  // Renaming a file; then a clash is refused with the directory as text.
+  OpenContextMenu (D, "\\docs\\readme.txt");
+  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "Rename"));
+  ASSERT_TRUE (Controls ().TreeEditing (D->FileTree));
+  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "notes.txt", true), 0u);
+  EXPECT_EQ (ReadHostFile (Root / "docs/notes.txt"), "readme");
+  EXPECT_FALSE (fs::exists (Root / "docs/readme.txt"));
+  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+
+  OpenContextMenu (D, "\\top.txt");
+  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "Rename"));
+  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "docs", true), TREE_REFUSE_EDIT);
+  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\");
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot rename");
+  EXPECT_EQ (ReadHostFile (Root / "top.txt"), "top");
+  EXPECT_FALSE (fs::exists (Root / "docs/fresh/never"));
+
+  // Closing the dialog destroys its popup.
+  Windows ().SendSysCommand (&D->Header, SYSCMD_CLOSE);
+  Windows ().PumpMessages ();
+  EXPECT_FALSE (Windows ().IsWindow (Popup));
+}
+
+TEST_F (FileDialogTest, RefusedCreationsOnLockedVolumesAndLongPaths) {
+  int Locked = MakeVolume ("locked", VOLUME_FLAG_WRITE_PROTECTED, 0, 1, "RO");
+  MakeDir (Locked, "sub");
+  FILE_DIALOG *D = Open (Locked, 1);
+  OpenContextMenu (D, "\\sub");
+  ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "New folder"));
+  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "made", true), TREE_REFUSE_EDIT);
+  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\sub\\made");
+  EXPECT_FALSE (fs::exists (VolumePath (Locked) / "sub/made"));
+  OpenContextMenu (D, "\\sub");
+  ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "Rename"));
+  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "other", true), TREE_REFUSE_EDIT);
+  ASSERT_EQ (Windows ().MessageBoxes ().size (), 2u);
+  EXPECT_EQ (Windows ().MessageBoxes ()[1].Text, "\\");
+  EXPECT_TRUE (fs::is_directory (VolumePath (Locked) / "sub"));
+  Windows ().ClearMessageBoxes ();
+
+  // A parent path of 511 characters (over 510) refuses silently.
+  std::string A (170, 'a'), B (170, 'b'), C (168, 'c');
+  MakeDir (Vol, A + "/" + B + "/" + C);
+  std::string C2 (167, 'c');
+  MakeDir (Vol, A + "/" + B + "/" + C2);
+  FILE_DIALOG *E = Open (Vol, 1);
+  std::string PathA = "\\" + A, PathB = PathA + "\\" + B, PathC = PathB + "\\" + C;
+  ASSERT_EQ (PathC.size (), 511u);
+  Expand (E, PathA);
+  Expand (E, PathB);
+  OpenContextMenu (E, PathC);
+  ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
+  EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
+  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  // One character shorter is attempted: the full path would not fit the
+  // 512-byte buffer, so it is refused like a failed creation, with a message.
+  OpenContextMenu (E, PathB + "\\" + C2);
+  ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
+  EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
+  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot create folder");
+}
+
+}  // namespace
