@@ -8,6 +8,7 @@
 
 #include "env/files/file_driver.h"
 #include "env/jobio/jobio_driver.h"
+#include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
 
 namespace fs = std::filesystem;
@@ -260,6 +261,40 @@ TEST_F (ClipboardTest, LinksNeverLeadOutOfTheVolume) {
   EXPECT_EQ (J->DeleteClipboardFiles (), 1u);
   EXPECT_EQ (ReadHostFile (Outside.Path () / "secret.txt"), "secret");
   EXPECT_EQ (ReadHostFile (S / "a.txt"), "alpha");
+}
+
+}  // namespace
+
+namespace {
+
+std::vector<std::pair<WINDOW_HEADER *, int>> gClipboardMessages;
+
+UINT8 EFIAPI RecordClipboardMessages (WINDOW_HEADER *Window, MESSAGE *Message) {
+  if (Message->Type == MSG_CLIPBOARD) gClipboardMessages.push_back ({Window, Message->Code});
+  return 0;
+}
+
+TEST_F (ClipboardTest, ChangesAreAnnouncedToEveryTopLevelWindow) {
+  gClipboardMessages.clear ();
+  WINDOW_HEADER *One = Wb ()->CreateWindow (272, Wb ()->Desktop, RecordClipboardMessages, nullptr, nullptr, 0, 0, 100, 100);
+  WINDOW_HEADER *Two = Wb ()->CreateWindow (300, Wb ()->Desktop, RecordClipboardMessages, nullptr, nullptr, 9, 9, 100, 100);
+  ASSERT_NE (One, nullptr);
+  ASSERT_NE (Two, nullptr);
+  UINT32 Id = J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\");
+  EXPECT_TRUE (gClipboardMessages.empty ()) << "still nothing to paste";
+  J->AddToClipboard (Id, (const CHAR8 *) "a.txt");
+  J->AddToClipboard (Id, (const CHAR8 *) "docs");   // no change: nothing sent
+  ASSERT_EQ (gClipboardMessages.size (), 2u);
+  EXPECT_EQ (gClipboardMessages[0].second, 1);
+  EXPECT_EQ (gClipboardMessages[1].second, 1);
+  EXPECT_NE (gClipboardMessages[0].first, gClipboardMessages[1].first);
+  EXPECT_EQ (Paste (Dst, "\\"), 1u);
+  EXPECT_EQ (gClipboardMessages.size (), 2u) << "a paste keeps the clipboard";
+  EXPECT_EQ (J->DeleteClipboardFiles (), 1u);
+  ASSERT_EQ (gClipboardMessages.size (), 4u);
+  EXPECT_EQ (gClipboardMessages[2].second, 0);
+  EXPECT_EQ (gClipboardMessages[3].second, 0);
+  Env ().windows ().DestroyAllWindows ();
 }
 
 }  // namespace
