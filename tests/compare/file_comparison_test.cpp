@@ -306,6 +306,19 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
   EXPECT_STREQ (reinterpret_cast<const char *> (Main->CurrentPath), "\\c");
 }
 
+TEST_F (FileComparisonTest, LogStopsAt1024Lines) {
+  Both ("many/keep", "k");
+  for (int I = 0; I < 1100; I++) Put (Src, "many/n" + std::to_string (10000 + I), "1");
+  ComparisonView *W = Open ("\\many");
+  Finish (W);
+  std::vector<std::string> Lines = Log (W);
+  ASSERT_EQ (Lines.size (), 1024u);
+  EXPECT_EQ (Lines[0], "\\many" + Text ("heading suffix"));
+  EXPECT_EQ (Lines[1023], "  n11022 - " + Text ("file new"));   // the closing lines are dropped
+  EXPECT_EQ (W->Snapshot->EntryCount, 1024);
+  EXPECT_EQ (W->Snapshot->AddedCount, 1100u);
+}
+
 TEST_F (FileComparisonTest, ClosingARunningComparisonFreesItsJob) {
   for (int I = 0; I < 20; I++) Both ("big/f" + std::to_string (I), "x");
   ComparisonView *W = Open ("\\big");
