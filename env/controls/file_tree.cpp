@@ -200,6 +200,8 @@ UINTN EFIAPI OpAddFileListItem (FILE_LIST *Target, BOOLEAN HasChildren, UINT8 Ic
   std::string Name = EntryName (Entry);
   std::string Parent = ParentPath != nullptr ? CutText (reinterpret_cast<const char *> (ParentPath), 511) : "\\";
   if (Parent.empty ()) Parent = "\\";
+  std::string ParentKey = Parent;   // "\docs\" names the same item as "\docs"
+  while (ParentKey.size () > 1 && ParentKey.back () == '\\') ParentKey.pop_back ();
   bool Root = Name == "\\";
   std::string Path = Root ? std::string ("\\") : JoinPath (Parent, Name);
   if (Name.empty () || Path.size () >= sizeof (FILE_LIST_ITEM::Path)) return Tree->Items.size ();
@@ -214,7 +216,7 @@ UINTN EFIAPI OpAddFileListItem (FILE_LIST *Target, BOOLEAN HasChildren, UINT8 Ic
   if (!Root) {
     // Under its parent when the parent is in the tree (the last match: the newest).
     for (size_t I = Tree->Items.size (); I-- > 0;) {
-      if (!SameText (PathOf (*Tree->Items[I]), Parent)) continue;
+      if (!SameText (PathOf (*Tree->Items[I]), ParentKey)) continue;
       Tree->Items[I]->Item.Expanded = 1;
       Depth = static_cast<uint16_t> (Tree->Items[I]->Item.Depth + 1);
       Position = EndOfSubtree (*Tree, I);
@@ -314,8 +316,7 @@ void ControlDriver::ExpandTreeItem (FILE_LIST *Target, uint16_t Index) {
     // Collapsing drops the children; expanding again asks for them anew.
     if (Tree->Edit != nullptr && Tree->IndexOf (Tree->EditItem) > Index && Tree->IndexOf (Tree->EditItem) < End)
       Tree->DropEdit ();
-    End = EndOfSubtree (*Tree, Index);
-    while (End > Index + 1u) Tree->Remove (Index + 1);
+    while (EndOfSubtree (*Tree, Index) > Index + 1u) Tree->Remove (Index + 1);
     Tree->Items[Index]->Item.Expanded = 0;
     return;
   }

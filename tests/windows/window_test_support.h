@@ -12,6 +12,7 @@
 #include "env/controls/control_driver.h"
 #include "env/environment.h"
 #include "env/gui/paint_context.h"
+#include "services/gui_driver.h"
 #include "env/windows/window_base.h"
 
 struct RecordedMessage {

@@ -1,0 +1,266 @@
+// Control driver: file trees, combo boxes, log views and text views.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "windows/window_test_support.h"
+
+namespace {
+
+const CHAR8 *T (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
+
+struct Entry {
+  char Name[216] = {};
+  explicit Entry (const char *N) { std::strncpy (Name, N, sizeof (Name) - 1); }
+};
+
+// What the dialog saw of one tree notification, read during delivery.
+struct TreeSeen {
+  UINT8 Code;
+  UINT16 Index;
+  std::string Path, Typed;
+  UINT16 X, Y;
+};
+std::vector<TreeSeen> gTree;
+uint32_t gAnswer = 0;   // written into edit notifications
+
+UINT8 ReadTree (WINDOW_HEADER *, MESSAGE *M) {
+  if (M->Type != MSG_TREE_NOTIFY) return 0;
+  auto *Data = static_cast<TREE_NOTIFY_DATA *> (M->Pointer8);
+  TreeSeen Seen {M->Code, M->Word4, Data->ItemPath ? reinterpret_cast<char *> (Data->ItemPath) : "",
+                 Data->TypedName ? reinterpret_cast<char *> (Data->TypedName) : "", Data->X, Data->Y};
+  gTree.push_back (Seen);
+  if (M->Code == TREE_NEW_ITEM_DONE || M->Code == TREE_RENAME_DONE) Data->Answer = gAnswer;
+  return 0;
+}
+
+class TreeTest : public WindowTest {
+ protected:
+  void SetUp () override {
+    WindowTest::SetUp ();
+    gTree.clear ();
+    gAnswer = 0;
+    gReaction = ReadTree;
+    Dialog = NewWindow (848);
+    Tree = Cd ()->CreateFileList (Dialog, 10, 60, 380, 226, 0);
+    ASSERT_NE (Tree, nullptr);
+  }
+  UINTN Add (const char *Name, const char *Parent, bool Children = true) {
+    Entry E (Name);
+    return Cd ()->AddFileListItem (Tree, Children, 5, 0, &E, T (Parent));
+  }
+  std::vector<std::string> Paths () {
+    std::vector<std::string> Out;
+    for (auto &Item : Controls ().TreeItems (Tree)) Out.push_back (reinterpret_cast<const char *> (Item.Path));
+    return Out;
+  }
+  WINDOW_HEADER *Dialog = nullptr;
+  FILE_LIST *Tree = nullptr;
+};
+
+TEST_F (TreeTest, ItemsGetFullPathsDepthsAndChildrenGoUnderTheirParent) {
+  EXPECT_EQ (Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", T ("\\")), 1u);
+  EXPECT_EQ (Add ("docs", "\\"), 2u);
+  EXPECT_EQ (Add ("music", "\\"), 3u);
+  EXPECT_EQ (Add ("notes.txt", "\\", false), 4u);
+  // Expanding \docs later: its children follow it, before \music.
+  EXPECT_EQ (Add ("2024", "\\docs"), 5u);
+  EXPECT_EQ (Add ("a.txt", "\\docs\\", false), 6u);
+  EXPECT_EQ (Add ("x", "\\docs\\2024"), 7u);
+  EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\docs\\2024", "\\docs\\2024\\x", "\\docs\\a.txt",
+                                                   "\\music", "\\notes.txt"}));
+  EXPECT_EQ (Tree->ItemCount, 7);
+  FILE_LIST_ITEM *Root = Cd ()->GetFileListItem (Tree, 0);
+  ASSERT_NE (Root, nullptr);
+  EXPECT_EQ (Root->Depth, 0);
+  EXPECT_STREQ (reinterpret_cast<char *> (Root->Name), "\\");
+  FILE_LIST_ITEM *X = Cd ()->GetFileListItem (Tree, 3);
+  EXPECT_EQ (X->Depth, 3);
+  EXPECT_STREQ (reinterpret_cast<char *> (X->Name), "x");
+  EXPECT_EQ (X->Icon, 5);
+  EXPECT_EQ (Cd ()->GetFileListItem (Tree, 4)->HasChildren, 0);
+  EXPECT_EQ (Cd ()->GetFileListItem (Tree, 7), nullptr);
+
+  // A path that would not fit 512 bytes is refused; the count stays.
+  std::string Deep = "\\" + std::string (505, 'd');
+  EXPECT_EQ (Add ("toolong", Deep.c_str ()), 7u);
+
+  Cd ()->ClearFileList (Tree);
+  EXPECT_EQ (Tree->ItemCount, 0);
+  EXPECT_TRUE (Controls ().TreeItems (Tree).empty ());
+}
+
+TEST_F (TreeTest, UserActionsSendTreeNotificationsWithTheItemPath) {
+  Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", T ("\\"));
+  Add ("docs", "\\");
+  Add ("empty", "\\", false);
+  Controls ().SelectTreeItem (Tree, 1);
+  Controls ().ExpandTreeItem (Tree, 1);
+  Controls ().ExpandTreeItem (Tree, 2);   // no children: nothing to expand
+  Controls ().TreeContextClick (Tree, 2, 30, 40);
+  Controls ().ActivateTreeItem (Tree, 2);
+  ASSERT_EQ (gTree.size (), 4u);
+  EXPECT_EQ (gTree[0].Code, TREE_SELECTED);
+  EXPECT_EQ (gTree[0].Index, 1);
+  EXPECT_EQ (gTree[0].Path, "\\docs");
+  EXPECT_EQ (gTree[1].Code, TREE_EXPANDED);
+  EXPECT_EQ (gTree[1].Path, "\\docs");
+  EXPECT_EQ (gTree[2].Code, TREE_CONTEXT);
+  EXPECT_EQ (gTree[2].Path, "\\empty");
+  // Context clicks report screen positions: window 10,20 + tree 10,60 + click.
+  EXPECT_EQ (gTree[2].X, 10 + 10 + 30);
+  EXPECT_EQ (gTree[2].Y, 20 + 60 + 40);
+  EXPECT_EQ (Tree->SelectedItem, 2);
+  EXPECT_EQ (gTree[3].Code, TREE_ACTIVATED);
+  EXPECT_EQ (gTree[3].Index, 2);
+
+  // Collapsing an expanded item drops its children without a message.
+  Add ("sub", "\\docs");
+  gTree.clear ();
+  Controls ().ExpandTreeItem (Tree, 1);
+  EXPECT_TRUE (gTree.empty ());
+  EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\empty"}));
+  EXPECT_EQ (Tree->SelectedItem, 2);
+
+  // Nothing while the dialog's NotifyEnabled byte is 0.
+  Dialog->NotifyEnabled = 0;
+  Controls ().SelectTreeItem (Tree, 1);
+  EXPECT_TRUE (gTree.empty ());
+}
+
+TEST_F (TreeTest, EditsAskTheDialogAndARefusedEditLeavesTheTreeAsItWas) {
+  Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", T ("\\"));
+  Add ("docs", "\\");
+  Add ("zeta", "\\");
+  Controls ().SelectTreeItem (Tree, 1);
+  gTree.clear ();
+
+  // New item under the selected directory, refused by the dialog.
+  Cd ()->BeginFileListNewItem (Tree, 126);
+  EXPECT_TRUE (Controls ().TreeEditing (Tree));
+  EXPECT_EQ (Tree->ItemCount, 4);
+  gAnswer = TREE_REFUSE_EDIT;
+  EXPECT_EQ (Controls ().FinishTreeEdit (Tree, "new", true), TREE_REFUSE_EDIT);
+  ASSERT_EQ (gTree.size (), 1u);
+  EXPECT_EQ (gTree[0].Code, TREE_NEW_ITEM_DONE);
+  EXPECT_EQ (gTree[0].Index, 2);
+  EXPECT_EQ (gTree[0].Path, "\\docs");
+  EXPECT_EQ (gTree[0].Typed, "new");
+  EXPECT_FALSE (Controls ().TreeEditing (Tree));
+  EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\zeta"}));
+
+  // Accepted: the item stays with its full path.
+  gAnswer = 0;
+  Cd ()->BeginFileListNewItem (Tree, 126);
+  EXPECT_EQ (Controls ().FinishTreeEdit (Tree, "new", true), 0u);
+  EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\docs\\new", "\\zeta"}));
+
+  // Rename reports the item's own path; a cancelled edit sends nothing.
+  Controls ().SelectTreeItem (Tree, 2);
+  gTree.clear ();
+  Cd ()->BeginFileListRename (Tree, Dialog);
+  EXPECT_EQ (Controls ().FinishTreeEdit (Tree, "old", false), 0u);
+  EXPECT_TRUE (gTree.empty ());
+  Cd ()->BeginFileListRename (Tree, Dialog);
+  EXPECT_EQ (Controls ().FinishTreeEdit (Tree, "renamed", true), 0u);
+  ASSERT_EQ (gTree.size (), 1u);
+  EXPECT_EQ (gTree[0].Code, TREE_RENAME_DONE);
+  EXPECT_EQ (gTree[0].Path, "\\docs\\new");
+  EXPECT_EQ (gTree[0].Typed, "renamed");
+  EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\docs\\renamed", "\\zeta"}));
+  gAnswer = TREE_REFUSE_EDIT;
+  Cd ()->BeginFileListRename (Tree, Dialog);
+  EXPECT_EQ (Controls ().FinishTreeEdit (Tree, "refused", true), TREE_REFUSE_EDIT);
+  EXPECT_STREQ (reinterpret_cast<char *> (Cd ()->GetFileListItem (Tree, 2)->Name), "renamed");
+
+  // The root keeps its name.
+  Controls ().SelectTreeItem (Tree, 0);
+  Cd ()->BeginFileListRename (Tree, Dialog);
+  EXPECT_FALSE (Controls ().TreeEditing (Tree));
+}
+
+TEST_F (WindowTest, ComboChoiceSetsBothRowsAndNotifiesWithTheComboId) {
+  WINDOW_HEADER *Dialog = NewWindow (848);
+  COMBO_BOX *Combo = Cd ()->CreateComboBox (100, 30, 280, 260, 0, Dialog);
+  ASSERT_NE (Combo, nullptr);
+  EXPECT_EQ (Combo->CurrentRow, 0xFFFF);
+  Cd ()->AddComboItem (Combo, T ("SYSTEM"), 0);
+  Cd ()->AddComboItem (Combo, T ("DATA"), 0);
+  EXPECT_EQ (Combo->ItemCount, 2);
+  Controls ().ChooseComboRow (Combo, 1);
+  EXPECT_EQ (Combo->CurrentRow, 1);
+  EXPECT_EQ (Combo->ChosenRow, 1);
+  EXPECT_STREQ (reinterpret_cast<char *> (Combo->Control.Text), "DATA");
+  auto Notes = Received (Dialog, MSG_NOTIFY);
+  ASSERT_EQ (Notes.size (), 1u);
+  EXPECT_EQ (Notes[0].Code, NOTIFY_SELECTION);
+  EXPECT_EQ (Notes[0].Word6, 1);
+  EXPECT_EQ (Notes[0].Word10, Combo->Control.Id);
+  Controls ().ChooseComboRow (Combo, 2);   // no such row
+  EXPECT_EQ (Received (Dialog, MSG_NOTIFY).size (), 1u);
+  EXPECT_EQ (Controls ().ComboItems (Combo), (std::vector<std::string> {"SYSTEM", "DATA"}));
+}
+
+TEST_F (WindowTest, LogViewKeepsItsLinesAndReportsContextClicks) {
+  WINDOW_HEADER *Window = NewWindow (848);
+  LOG_VIEW *Log = Cd ()->CreateLogView (Window, 10, 100, 280, 92, 0);
+  ASSERT_NE (Log, nullptr);
+  EXPECT_EQ (Log->SelectedLine, 0xFFFF);
+  Cd ()->StartLogView (Log, T ("\\docs"));
+  Cd ()->AppendLine (Log, 0xFFFF, T ("one"));
+  Cd ()->AppendLine (Log, 0xFFFF, T ("two"));
+  Cd ()->AppendLine (Log, 0, T ("zero"));
+  EXPECT_EQ (Log->LineCount, 3);
+  EXPECT_EQ (Controls ().LogLines (Log), (std::vector<std::string> {"zero", "one", "two"}));
+  EXPECT_EQ (Controls ().LogPath (Log), "\\docs");
+  for (int I = 0; I < 20; I++) Cd ()->AppendLine (Log, 0xFFFF, T ("more"));
+  Cd ()->ShowLine (Log, 65535);
+  UINT16 Line = Wb ()->GuiDriver->GetLineHeight ();
+  UINT16 Visible = (92 - 4) / (Line + 2);
+  EXPECT_EQ (Log->TopLine, 23 - Visible);
+
+  Controls ().SelectLogLine (Log, 1);
+  EXPECT_EQ (Log->SelectedLine, 1);
+  Controls ().LogContextClick (Log, 5, 6);
+  auto Notes = Received (Window, MSG_NOTIFY);
+  ASSERT_EQ (Notes.size (), 1u);
+  EXPECT_EQ (Notes[0].Code, NOTIFY_LOG_CONTEXT);
+  EXPECT_EQ (Notes[0].Word2, 7);
+  EXPECT_EQ (Notes[0].Word4, 10 + 10 + 5);
+  EXPECT_EQ (Notes[0].Word6, 20 + 100 + 6);
+  EXPECT_EQ (Notes[0].Pointer8, Log);
+
+  Cd ()->StartLogView (Log, T ("\\music"));
+  EXPECT_EQ (Log->LineCount, 0);
+  EXPECT_EQ (Log->SelectedLine, 0xFFFF);
+  EXPECT_EQ (Controls ().LogPath (Log), "\\music");
+}
+
+TEST_F (WindowTest, TextViewKeepsItsOwnCopyOfLengthBytes) {
+  WINDOW_HEADER *Help = NewWindow (272);
+  char Source[] = "Press F1 for help, any key to go on";
+  CONTROL_RECT Rect {3, 24, 394, 273};
+  CONTROL *View = Cd ()->CreateTextView (Help, 3, T (Source), 5, &Rect);
+  ASSERT_NE (View, nullptr);
+  Source[0] = 'X';
+  EXPECT_EQ (Controls ().TextViewText (View), "Press");
+  EXPECT_EQ (Wb ()->GetControl (Help, 3), View);
+  EXPECT_EQ (View->X, 3);
+  EXPECT_EQ (View->Height, 273);
+  CONTROL *Zero = Cd ()->CreateTextView (Help, 4, T ("a\0b"), 3, &Rect);
+  EXPECT_EQ (Controls ().TextViewText (Zero), std::string ("a\0b", 3));
+
+  // A resize record without byte 7 keeps the position.
+  MESSAGE Resize {};
+  Resize.Type = MSG_RESIZE;
+  Resize.Code = 1;
+  Resize.Word2 = 44;
+  Resize.Word4 = 13;
+  Wb ()->SendMessage (View, &Resize);
+  EXPECT_EQ (View->Width, 44);
+  EXPECT_EQ (View->Height, 13);
+  EXPECT_EQ (View->X, 3);
+  EXPECT_EQ (View->Y, 24);
+}
+
+}  // namespace
