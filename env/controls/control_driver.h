@@ -25,7 +25,10 @@
 //   edit is inserted under the selected item; its notification (code 7)
 //   carries the parent's path, a rename (code 8) the item's own path. A
 //   cancelled tree edit sends nothing and answers 0. Context clicks report
-//   screen positions and select the item.
+//   screen positions and select the item. Expanding an item without children
+//   does nothing; expanding an expanded item collapses it (its children are
+//   dropped, no message). An activation (code 2) that the window does not
+//   take (result 0) expands the item when it has children and is collapsed.
 // - Combo box: no row chosen (0xFFFF) until one is; a choice sets both row
 //   fields and the control text, then sends NOTIFY_SELECTION.
 // - Log view: StartLogView clears the lines and keeps the path; AppendLine at
