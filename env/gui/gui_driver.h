@@ -5,7 +5,10 @@
 // Drawing always clips to the paint context (screen coordinates) and to the
 // screen. Text colour comes from the font on top of the font stack (PushFont's
 // colour; black when the stack is empty). Texts are GBK: ASCII takes 8 pixels,
-// a double-byte character 16; glyphs come from GNU Unifont.
+// a double-byte character 16; glyphs come from GNU Unifont. The table's
+// DrawText draws at most MaxLength bytes of the text (65535: all of it), and
+// a null context draws clipped to the screen only. DecodeImage refuses any
+// buffer that is not a live pool block: the block's size bounds the parsing.
 #pragma once
 
 #include <memory>
