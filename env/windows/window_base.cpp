@@ -814,9 +814,20 @@ std::string WindowBase::StatusText (WINDOW_HEADER *Window, uint8_t Field) const 
   return It == Info->Status.end () ? std::string () : It->second;
 }
 
-uint8_t WindowBase::StatusFieldCount (WINDOW_HEADER *Window) const {
+uint8_t WindowBase::StatusLayout (WINDOW_HEADER *Window) const {
   WindowInfo *Info = State_->FindWindow (Window);
   return Info == nullptr ? 0 : Info->StatusCount;
+}
+
+uint8_t WindowBase::StatusFieldCount (WINDOW_HEADER *Window) const {
+  WindowInfo *Info = State_->FindWindow (Window);
+  if (Info == nullptr || Info->StatusCount == 0) return 0;
+  // A layout names its last field too: fields written beyond the count (the
+  // file manager writes field 2 of layout 2) are shown as well.
+  uint8_t Count = Info->StatusCount;
+  if (!Info->Status.empty () && Info->Status.rbegin ()->first >= Count)
+    Count = static_cast<uint8_t> (Info->Status.rbegin ()->first == 255 ? 255 : Info->Status.rbegin ()->first + 1);
+  return Count;
 }
 
 const std::vector<DialogResult> &WindowBase::DialogResults () const { return State_->Results; }

@@ -125,7 +125,10 @@ class WindowBase {
 
   // ---- status line, dialogs, options
   std::string StatusText (WINDOW_HEADER *Window, uint8_t Field) const;
+  // Fields of the status line: the layout count, or more when a field beyond it was written.
   uint8_t StatusFieldCount (WINDOW_HEADER *Window) const;
+  // The value the window gave SetStatusLayout (0 when none).
+  uint8_t StatusLayout (WINDOW_HEADER *Window) const;
   const std::vector<DialogResult> &DialogResults () const;
   void SetDialogListener (std::function<void (const DialogResult &)> Listener);
   void SetExtendedMenus (bool Extended);

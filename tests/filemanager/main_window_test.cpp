@@ -129,7 +129,7 @@ TEST_F (MainWindowTest, FileSystemLabelsInStatusField) {
     MAIN_WINDOW *W = Open (MakeVolume ("fs" + std::to_string (Type), 0, 0, static_cast<uint8_t> (Type)));
     ASSERT_NE (W, nullptr);
     EXPECT_EQ (Status (W, 2), Text) << "type " << Type;
-    EXPECT_EQ (Base ().StatusFieldCount (&W->Header), 2);
+    EXPECT_EQ (Base ().StatusLayout (&W->Header), 2);
   }
 }
 
