@@ -339,6 +339,8 @@ class Painter {
     Bevel (C, X, Y + Arrow + Pos, W, Thumb, true);
   }
 
+  static constexpr uint32_t kFixedColumnTint = 0xD2DEF2;
+
   void PaintList (LIST_CONTROL *L, const PaintContext &Area, int X, int Y, int W, int H) {
     Gui.FillRect (Area, X, Y, W, H, colours::Window);
     Bevel (Area, X, Y, W, H, false);
@@ -346,12 +348,15 @@ class Painter {
     PaintContext C = Intersect (Area, Clip (X + 1, Y + 1, InnerW, H - 2));
     std::vector<ListColumnInfo> Cols = Cd.Columns (L);
     int HeaderH = Cd.HeaderHeight (), RowH = Cd.RowHeight ();
+    // Fixed-pitch lists (the hex view) give every character its column:
+    // cells are as wide as their text, so they carry no padding.
     bool Fixed = L->Option == 1;
+    int Pad = Fixed ? 0 : 4;
     int Cx = X + 1;
     for (const ListColumnInfo &Col : Cols) {
       Gui.FillRect (C, Cx, Y + 1, Col.Width, HeaderH, colours::Face);
       Bevel (C, Cx, Y + 1, Col.Width, HeaderH, true);
-      TextIn (C, Cx + 4, Y + 1 + (HeaderH - Lh) / 2, Col.Width - 8, Col.Title, colours::Text);
+      TextIn (C, Cx + Pad, Y + 1 + (HeaderH - Lh) / 2, Col.Width - 2 * Pad, Col.Title, colours::Text);
       Cx += Col.Width;
     }
     if (Cx < X + 1 + InnerW) {
@@ -371,18 +376,20 @@ class Painter {
       int ColX = X + 1;
       for (size_t Col = 0; Col < std::max<size_t> (Cols.size (), 1); Col++) {
         int ColW = Cols.empty () ? InnerW : Cols[Col].Width;
-        int TextX = ColX + 4;
+        int TextX = ColX + Pad;
         if (Col == 0 && !Fixed) {
           LIST_ITEM *Item = GetItem ? GetItem (L, static_cast<UINT16> (Row)) : nullptr;
           if (Item && Item->Icon < ICON_NONE) Icon (C, ColX + 2, Ry + (RowH - kIconSize) / 2, Item->Icon, kIconSize);
           TextX = ColX + 2 + kIconSize + 4;
         }
+        // Without padding, neighbouring cells are told apart by a light tint on every other column.
+        if (Fixed && Col % 2 == 1) Gui.FillRect (C, ColX, Ry, ColW, RowH, kFixedColumnTint);
         if (!(Col == 0 && Row == EditRow)) {
           std::string Cell = Cd.CellText (L, static_cast<uint8_t> (Col), static_cast<uint16_t> (Row));
           bool Right = !Cols.empty () && Cols[Col].RightAligned;
           int Tw = GuiDriver::TextWidth (Cell);
-          int Tx = Right ? std::max (TextX, ColX + ColW - 4 - Tw) : TextX;
-          TextIn (C, Tx, Ty, ColX + ColW - Tx - 2, Cell, Colour);
+          int Tx = Right ? std::max (TextX, ColX + ColW - Pad - Tw) : TextX;
+          TextIn (C, Tx, Ty, ColX + ColW - Tx - Pad / 2, Cell, Colour);
         }
         ColX += ColW;
       }
