@@ -1,6 +1,7 @@
 // The control driver's table, text views, combo boxes and log views; list
 // views are in list_view.cpp and file trees in file_tree.cpp.
 #include "env/controls/control_driver.h"
+#include "env/ascii_case.h"
 
 #include <algorithm>
 #include <cstring>
@@ -26,17 +27,6 @@ ControlDriver::State *CurrentControls () { return Current; }
 
 ControlDriver::State::State (Firmware &F, WindowBase &Windows, GuiDriver &G)
     : Fw (F), Base (Windows.Internal ()), Gui (G) {}
-
-bool SameText (const std::string &A, const std::string &B) {
-  if (A.size () != B.size ()) return false;
-  for (size_t I = 0; I < A.size (); I++) {
-    char X = A[I], Y = B[I];
-    if (X >= 'a' && X <= 'z') X = static_cast<char> (X - 'a' + 'A');
-    if (Y >= 'a' && Y <= 'z') Y = static_cast<char> (Y - 'a' + 'A');
-    if (X != Y) return false;
-  }
-  return true;
-}
 
 std::string EntryName (const void *Entry) {
   if (Entry == nullptr) return {};

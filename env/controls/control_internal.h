@@ -99,7 +99,6 @@ struct LogObject : RecordControl<LOG_VIEW> {
 struct TextViewObject : RecordControl<CONTROL> {};
 
 // Case-insensitive (ASCII letters) equality of two paths or names.
-bool SameText (const std::string &A, const std::string &B);
 // The name at the start of an entry record (or a plain text), at most 191 bytes.
 std::string EntryName (const void *Entry);
 // Path joined from a directory and a name with one "\" between them.

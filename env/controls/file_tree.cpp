@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "env/ascii_case.h"
 #include "env/controls/control_internal.h"
 
 namespace env {
@@ -216,7 +217,7 @@ UINTN EFIAPI OpAddFileListItem (FILE_LIST *Target, BOOLEAN HasChildren, UINT8 Ic
   if (!Root) {
     // Under its parent when the parent is in the tree (the last match: the newest).
     for (size_t I = Tree->Items.size (); I-- > 0;) {
-      if (!SameText (PathOf (*Tree->Items[I]), ParentKey)) continue;
+      if (!EqualIgnoringAsciiCase (PathOf (*Tree->Items[I]), ParentKey)) continue;
       Tree->Items[I]->Item.Expanded = 1;
       Depth = static_cast<uint16_t> (Tree->Items[I]->Item.Depth + 1);
       Position = EndOfSubtree (*Tree, I);

@@ -1,6 +1,7 @@
 // List views: columns, rows, selection, scrolling, type-ahead and in-place
 // edits for rename and new item.
 #include <algorithm>
+#include "env/ascii_case.h"
 #include <cstring>
 
 #include "env/controls/control_internal.h"
@@ -14,7 +15,6 @@ WindowBase::State &B () { return CurrentControls ()->Base; }
 
 ListObject *AsList (const void *Target) { return dynamic_cast<ListObject *> (B ().FindControl (Target)); }
 
-char Upper (char Ch) { return Ch >= 'a' && Ch <= 'z' ? static_cast<char> (Ch - 'a' + 'A') : Ch; }
 
 }  // namespace
 
@@ -144,7 +144,7 @@ bool ListObject::OnKey (MESSAGE &Message) {
         uint16_t Row = static_cast<uint16_t> ((Start + I) % Count);
         const char *Name = reinterpret_cast<const char *> (Rows[Row]->Item.Name);
         size_t N = 0;
-        while (N < Wanted.size () && Name[N] != 0 && Upper (Name[N]) == Upper (Wanted[N])) N++;
+        while (N < Wanted.size () && Name[N] != 0 && AsciiUpper (Name[N]) == AsciiUpper (Wanted[N])) N++;
         if (N == Wanted.size ()) {
           Found = Row;
           break;

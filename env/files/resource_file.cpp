@@ -1,4 +1,5 @@
 #include "env/files/resource_file.h"
+#include "env/ascii_case.h"
 
 #include <cstring>
 
@@ -13,15 +14,7 @@ std::string_view Trim (std::string_view S) {
   return S.substr (Begin, End - Begin);
 }
 
-char Lower (char C) { return (C >= 'A' && C <= 'Z') ? static_cast<char> (C - 'A' + 'a') : C; }
-
-bool SameName (std::string_view A, const char *B) {
-  size_t Length = std::strlen (B);
-  if (A.size () != Length) return false;
-  for (size_t I = 0; I < Length; I++)
-    if (Lower (A[I]) != Lower (B[I])) return false;
-  return true;
-}
+bool SameName (std::string_view A, const char *B) { return EqualIgnoringAsciiCase (A, B); }
 
 }  // namespace
 

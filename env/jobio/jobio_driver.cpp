@@ -1,4 +1,5 @@
 #include "env/jobio/jobio_driver.h"
+#include "env/ascii_case.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -26,17 +27,6 @@ bool IsBareName (const char *Name) {
   if (std::strcmp (Name, ".") == 0 || std::strcmp (Name, "..") == 0) return false;
   for (const char *P = Name; *P; P++)
     if (*P == '\\' || *P == '/') return false;
-  return true;
-}
-
-bool SameNameIgnoringCase (const std::string &A, const std::string &B) {
-  if (A.size () != B.size ()) return false;
-  for (size_t I = 0; I < A.size (); I++) {
-    char X = A[I], Y = B[I];
-    if (X >= 'a' && X <= 'z') X = char (X - 32);
-    if (Y >= 'a' && Y <= 'z') Y = char (Y - 32);
-    if (X != Y) return false;
-  }
   return true;
 }
 
@@ -236,7 +226,7 @@ struct JobioDriver::State {
     }
     for (const std::string &Name : Names)
       for (const std::string &Other : Existing)
-        if (SameNameIgnoringCase (Name, Other)) return kPasteNameClash;
+        if (EqualIgnoringAsciiCase (Name, Other)) return kPasteNameClash;
 
     std::vector<std::string> Made;
     bool Ok = true;

@@ -1,4 +1,5 @@
 #include "env/ntfs/ntfs_service.h"
+#include "env/ascii_case.h"
 
 #include <sys/stat.h>
 
@@ -32,17 +33,6 @@ namespace {
 
 NtfsService::State *gCurrent = nullptr;
 
-bool SameName (const std::string &A, const std::string &B) {
-  if (A.size () != B.size ()) return false;
-  for (size_t I = 0; I < A.size (); I++) {
-    char X = A[I], Y = B[I];
-    if (X >= 'a' && X <= 'z') X = char (X - 32);
-    if (Y >= 'a' && Y <= 'z') Y = char (Y - 32);
-    if (X != Y) return false;
-  }
-  return true;
-}
-
 // Host path of the entry Name whose entry word (low 32 bits of the inode) is
 // Entry, searched breadth-first below Root; empty when not found.
 std::string FindByName (const std::string &Root, const std::string &Name, uint32_t Entry) {
@@ -57,7 +47,7 @@ std::string FindByName (const std::string &Root, const std::string &Name, uint32
       const fs::path &P = It->path ();
       struct stat St;
       if (lstat (P.c_str (), &St) != 0 || S_ISLNK (St.st_mode)) continue;
-      if (SameName (P.filename ().string (), Name) && (uint32_t) St.st_ino == Entry) return P.string ();
+      if (EqualIgnoringAsciiCase (P.filename ().string (), Name) && (uint32_t) St.st_ino == Entry) return P.string ();
       if (S_ISDIR (St.st_mode)) Queue.push_back (P);
     }
   }

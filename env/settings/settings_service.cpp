@@ -1,4 +1,5 @@
 #include "env/settings/settings_service.h"
+#include "env/ascii_case.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -21,17 +22,6 @@ struct Section {
   std::string Name;
   std::vector<Entry> Entries;
 };
-
-bool SameText (const std::string &A, const std::string &B) {
-  if (A.size () != B.size ()) return false;
-  for (size_t I = 0; I < A.size (); I++) {
-    char X = A[I], Y = B[I];
-    if (X >= 'a' && X <= 'z') X = char (X - 32);
-    if (Y >= 'a' && Y <= 'z') Y = char (Y - 32);
-    if (X != Y) return false;
-  }
-  return true;
-}
 
 std::string Trim (const std::string &Text) {
   size_t Begin = 0, End = Text.size ();
@@ -63,7 +53,7 @@ struct SettingsService::State {
 
   Section *FindSection (const std::string &Name) {
     for (Section &S : Sections)
-      if (SameText (S.Name, Name)) return &S;
+      if (EqualIgnoringAsciiCase (S.Name, Name)) return &S;
     return nullptr;
   }
   const Section *FindSection (const std::string &Name) const {
@@ -137,7 +127,7 @@ bool SettingsService::Get (const std::string &SectionName, const std::string &Ke
   const Section *S = State_->FindSection (SectionName);
   if (!S) return false;
   for (const Entry &E : S->Entries)
-    if (SameText (E.Key, Key)) {
+    if (EqualIgnoringAsciiCase (E.Key, Key)) {
       Value = E.Value;
       return true;
     }
@@ -151,7 +141,7 @@ void Store (std::vector<Section> &Sections, const std::string &SectionName, cons
             const std::string &Value) {
   Section *Target = nullptr;
   for (Section &S : Sections)
-    if (SameText (S.Name, SectionName)) {
+    if (EqualIgnoringAsciiCase (S.Name, SectionName)) {
       Target = &S;
       break;
     }
@@ -160,7 +150,7 @@ void Store (std::vector<Section> &Sections, const std::string &SectionName, cons
     Target = &Sections.back ();
   }
   for (Entry &E : Target->Entries)
-    if (SameText (E.Key, Key)) {
+    if (EqualIgnoringAsciiCase (E.Key, Key)) {
       E.Value = Value;
       return;
     }
