@@ -25,34 +25,6 @@ MAIN_WINDOW *MainOf (WINDOW_HEADER *Context) {
   return reinterpret_cast<MAIN_WINDOW *> (Context);
 }
 
-// CurrentPath, a "\" unless it already ends with one, then Name. False,
-// with Buffer left empty, when the result would not fit its 512 bytes.
-BOOLEAN FullPathOf (const MAIN_WINDOW *Window, const CHAR8 *Name, CHAR8 *Buffer) {
-  Buffer[0] = 0;
-  UINT32 PathLength = 0;
-  while (PathLength < kPathSize && Window->CurrentPath[PathLength] != 0) {
-    PathLength++;
-  }
-  if (PathLength >= kPathSize) {
-    return FALSE;
-  }
-  UINT32 NameLength = 0;
-  while (NameLength < kPathSize && Name[NameLength] != 0) {
-    NameLength++;
-  }
-  BOOLEAN NeedsSeparator = PathLength == 0 || Window->CurrentPath[PathLength - 1] != '\\';
-  if (PathLength + (NeedsSeparator ? 1 : 0) + NameLength + 1 > kPathSize) {
-    return FALSE;
-  }
-  CopyMem (Buffer, Window->CurrentPath, PathLength);
-  if (NeedsSeparator) {
-    Buffer[PathLength++] = '\\';
-  }
-  CopyMem (Buffer + PathLength, Name, NameLength);
-  Buffer[PathLength + NameLength] = 0;
-  return TRUE;
-}
-
 BOOLEAN IsDotEntry (const CHAR8 *Name) {
   if (Name[0] == '.' && Name[1] == 0) {
     return TRUE;
@@ -216,8 +188,8 @@ BOOLEAN RenameItem (MAIN_WINDOW *Window, const CHAR8 *OldName, const CHAR8 *NewN
   // the new name must be a bare name: anything else is refused untouched.
   CHAR8 Path[kPathSize];
   CHAR8 NewPath[kPathSize];
-  if (NewName[0] == 0 || HasSeparator (NewName) || !FullPathOf (Window, NewName, NewPath) ||
-      !FullPathOf (Window, OldName, Path)) {
+  if (NewName[0] == 0 || HasSeparator (NewName) || !BuildFullPath (Window, NewName, NewPath) ||
+      !BuildFullPath (Window, OldName, Path)) {
     return FALSE;
   }
   if (!gFileDriver->RenamePath (Window->VolumeIndex, Path, NewName)) {
@@ -233,7 +205,7 @@ BOOLEAN MakeDirectory (MAIN_WINDOW *Window, const CHAR8 *Name) {
     return FALSE;
   }
   CHAR8 Path[kPathSize];
-  if (!FullPathOf (Window, Name, Path)) {
+  if (!BuildFullPath (Window, Name, Path)) {
     return FALSE;
   }
   return gFileDriver->CreateDirectory (Window->VolumeIndex, Path, 1);
