@@ -2,6 +2,8 @@
 # Builds the libFuzzer targets (fuzz/*.cpp) with clang, address and
 # undefined-behaviour sanitizers into build-fuzz/ and runs each of them for
 # FUZZ_SECONDS seconds (default 60), or only the targets named as arguments.
+# FUZZ_RUNS=N runs each target for N inputs from a fixed seed instead, so that
+# a run gives the same result on every machine (CI uses it).
 # Corpora are kept in build-fuzz/corpus/<target>; crashes in
 # build-fuzz/crashes/.
 set -eu
@@ -20,9 +22,15 @@ for Target in $Targets; do
   mkdir -p "build-fuzz/corpus/$Target"
   Seeds=""
   [ -d "fuzz/seeds/$Target" ] && Seeds="fuzz/seeds/$Target"
-  echo "== $Target ($Seconds s)"
+  if [ -n "${FUZZ_RUNS:-}" ]; then
+    Limit="-runs=$FUZZ_RUNS -seed=1"
+    echo "== $Target ($FUZZ_RUNS inputs)"
+  else
+    Limit="-max_total_time=$Seconds"
+    echo "== $Target ($Seconds s)"
+  fi
   # shellcheck disable=SC2086
-  if ! "build-fuzz/fuzz/$Target" -max_total_time="$Seconds" -max_len=8192 -timeout=10 -rss_limit_mb=2048 \
+  if ! "build-fuzz/fuzz/$Target" $Limit -max_len=8192 -timeout=10 -rss_limit_mb=2048 \
       -print_final_stats=1 -artifact_prefix="build-fuzz/crashes/$Target-" \
       "build-fuzz/corpus/$Target" $Seeds 2>"build-fuzz/$Target.log"; then
     echo "FAILED: $Target (see build-fuzz/$Target.log)"
