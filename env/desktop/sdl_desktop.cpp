@@ -3,6 +3,7 @@
 #include <SDL.h>
 
 #include <cstdio>
+#include <cstring>
 
 #include "env/desktop/desktop_input.h"
 #include "env/environment.h"
@@ -52,6 +53,14 @@ UINT32 ShiftState (Uint16 Mod) {
 bool RunDesktop (Environment &Env, const DesktopOptions &Options) {
   if (SDL_Init (SDL_INIT_VIDEO) != 0) {
     std::fprintf (stderr, "desktop: %s\n", SDL_GetError ());
+    return false;
+  }
+  // Without a screen SDL falls back to drivers that show nothing; an
+  // unattended run (MaxFrames) may use them, a person's session may not.
+  const char *Driver = SDL_GetCurrentVideoDriver ();
+  if (Options.MaxFrames == 0 && Driver != nullptr &&
+      (std::strcmp (Driver, "offscreen") == 0 || std::strcmp (Driver, "dummy") == 0)) {
+    SDL_Quit ();
     return false;
   }
   GuiDriver &Gui = Env.gui ();
