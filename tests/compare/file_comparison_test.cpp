@@ -44,12 +44,7 @@ class FileComparisonTest : public CompareTest {
     Env ().controls ().LogContextClick (W->LogView, X, Y);
     return Env ().windows ().ShownPopup ();
   }
-  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) {
-    std::map<std::string, bool> Out;
-    for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup))
-      if (!Item.Separator) Out[Item.Text] = Item.Enabled;
-    return Out;
-  }
+  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
   void Close (ComparisonView *W) {
     Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
     Env ().windows ().PumpMessages ();

@@ -50,12 +50,7 @@ class ContextMenuTest : public DriverTest {
     Env ().controls ().ContextClick (W->List, X, Y);
     return Env ().windows ().ShownPopup ();
   }
-  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) {
-    std::map<std::string, bool> Out;
-    for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup))
-      if (!Item.Separator) Out[Item.Text] = Item.Enabled;
-    return Out;
-  }
+  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
   void Close (MAIN_WINDOW *W) {
     Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
     Env ().windows ().PumpMessages ();

@@ -107,3 +107,10 @@ SURVEYOR_PROTOCOL *DriverTest::Surveyor () {
 WINDOW_BASE_PROTOCOL *DriverTest::Wb () { return Env_->windows ().Table (); }
 CONTROL_DRIVER_PROTOCOL *DriverTest::Cd () { return Env_->controls ().Table (); }
 GUI_DRIVER_PROTOCOL *DriverTest::Gui () { return Env_->gui ().Table (); }
+
+std::map<std::string, bool> DriverTest::PopupItemStates (WINDOW_HEADER *Popup) {
+  std::map<std::string, bool> Out;
+  for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup))
+    if (!Item.Separator) Out[Item.Text] = Item.Enabled;
+  return Out;
+}

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,6 +38,9 @@ class DriverTest : public ::testing::Test {
  protected:
   // Options of the environment built for each test; override to change them.
   virtual env::Options EnvironmentOptions () { return env::Options (); }
+
+  // Enabled state of every item of a popup, by its text (separators left out).
+  std::map<std::string, bool> PopupItemStates (WINDOW_HEADER *Popup);
   // False: SetUp does not load the driver (the test calls LoadDriver itself).
   virtual bool AutoLoad () { return true; }
 
