@@ -15,6 +15,8 @@ namespace {
 
 bool Inside (int X, int Y, int Rx, int Ry, int Rw, int Rh) { return X >= Rx && Y >= Ry && X < Rx + Rw && Y < Ry + Rh; }
 
+constexpr int kTooltipOffset = 20;   // below the pointer's tip
+
 }  // namespace
 
 DesktopInput::DesktopInput (Environment &Env) : Env_ (Env) {}
@@ -85,6 +87,9 @@ bool DesktopInput::ClickPopup (WINDOW_HEADER *Popup, int X, int Y) {
 bool DesktopInput::MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl, bool Shift) {
   WindowBase &Wb = Env_.windows ();
   WINDOW_BASE_PROTOCOL *T = Wb.Table ();
+  // A message box is modal: only its button takes the mouse.
+  if (Wb.OpenMessageBox ()) return Button == MouseButton::Left && MessageBoxClick (X, Y);
+  Wb.HideTooltip ();
   if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) return ClickPopup (Popup, X, Y);
   WINDOW_HEADER *W = WindowAt (X, Y);
   if (!W) return false;
@@ -216,37 +221,65 @@ bool DesktopInput::ClickControl (WINDOW_HEADER *Window, CONTROL *C, int X, int Y
   }
 }
 
-void DesktopInput::MouseMove (int X, int Y) {
+bool DesktopInput::MouseMove (int X, int Y) {
   WindowBase &Wb = Env_.windows ();
+  if (Wb.OpenMessageBox ()) return false;
   if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) {
     // The item under the pointer is highlighted (Enter then runs it).
-    if (WindowInfo *Info = Wb.Internal ().FindWindow (Popup)) {
-      std::vector<PopupItemInfo> Items = Wb.PopupItems (Popup);
-      Info->Highlight = -1;
-      for (size_t I = 0; I < Items.size (); I++) {
-        if (!Items[I].Item || Items[I].Separator || !Items[I].Enabled) continue;
-        const CONTROL &R = Items[I].Item->Control;
-        if (Inside (X, Y, Popup->X + R.X, Popup->Y + R.Y, R.Width, R.Height)) Info->Highlight = static_cast<int> (I);
-      }
+    WindowInfo *Info = Wb.Internal ().FindWindow (Popup);
+    if (!Info) return false;
+    int Before = Info->Highlight;
+    std::vector<PopupItemInfo> Items = Wb.PopupItems (Popup);
+    Info->Highlight = -1;
+    for (size_t I = 0; I < Items.size (); I++) {
+      if (!Items[I].Item || Items[I].Separator || !Items[I].Enabled) continue;
+      const CONTROL &R = Items[I].Item->Control;
+      if (Inside (X, Y, Popup->X + R.X, Popup->Y + R.Y, R.Width, R.Height)) Info->Highlight = static_cast<int> (I);
     }
+    return Info->Highlight != Before;
   }
-  if (!Dragging_) return;
-  if (!Env_.windows ().IsWindow (Dragging_)) {
-    Dragging_ = nullptr;
-    return;
-  }
+  if (Dragging_ && !Wb.IsWindow (Dragging_)) Dragging_ = nullptr;
+  if (!Dragging_) return PointAt (X, Y);
   GuiDriver &Gui = Env_.gui ();
   int Nx = std::clamp (X - DragDx_, 0, std::max (0, Gui.Width () - 40));
   int Ny = std::clamp (Y - DragDy_, 0, std::max (0, Gui.Height () - 20));
+  bool Moved = Dragging_->X != Nx || Dragging_->Y != Ny;
   Dragging_->X = static_cast<UINT16> (Nx);
   Dragging_->Y = static_cast<UINT16> (Ny);
+  return Moved;
+}
+
+bool DesktopInput::PointAt (int X, int Y) {
+  WindowBase &Wb = Env_.windows ();
+  TooltipInfo Before;
+  bool Had = Wb.ShownTooltip (Before);
+  WINDOW_HEADER *W = WindowAt (X, Y);
+  CONTROL *C = W ? ControlAt (W, X, Y) : nullptr;
+  if (C && C->Kind == CONTROL_KIND_MENU_ITEM) {
+    // Below the pointer, as tooltips appear.
+    Wb.ShowTooltip (reinterpret_cast<MENU_ITEM *> (C), X, Y + kTooltipOffset);
+  } else {
+    Wb.HideTooltip ();
+  }
+  TooltipInfo After;
+  bool Has = Wb.ShownTooltip (After);
+  return Had != Has || (Has && (After.X != Before.X || After.Y != Before.Y || After.Text != Before.Text));
+}
+
+bool DesktopInput::MessageBoxClick (int X, int Y) {
+  WindowBase &Wb = Env_.windows ();
+  const MessageBoxRecord *Box = Wb.OpenMessageBox ();
+  MessageBoxLayout L = LayoutOfMessageBox (Env_, Box->Text, Box->Caption);
+  if (!Inside (X, Y, L.ButtonX, L.ButtonY, L.ButtonWidth, L.ButtonHeight)) return false;
+  Wb.DismissMessageBox ();
+  return true;
 }
 
 void DesktopInput::MouseUp (int, int) { Dragging_ = nullptr; }
 
 bool DesktopInput::Wheel (int X, int Y, int Lines) {
   WINDOW_HEADER *W = WindowAt (X, Y);
-  if (!W || Env_.windows ().ShownPopup ()) return false;
+  if (!W || Env_.windows ().ShownPopup () || Env_.windows ().OpenMessageBox ()) return false;
   CONTROL *C = ControlAt (W, X, Y);
   if (!C) return false;
   if (C->Kind == CONTROL_KIND_LIST) {
@@ -271,6 +304,15 @@ bool DesktopInput::Wheel (int X, int Y, int Lines) {
 
 bool DesktopInput::Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
   WindowBase &Wb = Env_.windows ();
+  if (Wb.OpenMessageBox ()) {
+    // Enter, space and Escape press the box's one button.
+    if (Ch == 0x0D || Ch == ' ' || Scan == SCAN_CODE_ESCAPE) {
+      Wb.DismissMessageBox ();
+      return true;
+    }
+    return false;
+  }
+  Wb.HideTooltip ();
   WINDOW_HEADER *W = Wb.ActiveWindow ();
   if (!W) return false;
   UINTN Taken = Wb.SendKey (W, Ch, Scan, Shift);

@@ -1,8 +1,9 @@
 // The user's mouse and keyboard on the desktop, turned into the window
 // base's and control driver's user actions: activating and moving windows,
 // the close box, menu buttons, buttons, list rows (select, open, context
-// click, scroll), tree items, combo boxes, log lines, popup items, and keys
-// to the active window. It knows the layout the renderer draws; it has no
+// click, scroll), tree items, combo boxes, log lines, popup items, keys
+// to the active window, tooltips of menu buttons under the pointer, and the
+// button of a message box being shown (which then takes all input). It knows the layout the renderer draws; it has no
 // display of its own (the SDL desktop feeds it, and tests can too).
 #pragma once
 
@@ -22,8 +23,9 @@ class DesktopInput {
 
   // Clicks is 2 for a double click. Returns true when something reacted.
   bool MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl = false, bool Shift = false);
-  // Drags a window by its title bar; over an open popup, highlights the item.
-  void MouseMove (int X, int Y);
+  // Drags a window by its title bar; over an open popup, highlights the item;
+  // over a menu button, shows its tooltip. Returns true when the screen changed.
+  bool MouseMove (int X, int Y);
   void MouseUp (int X, int Y);
   // Wheel over a list, tree or log: positive Lines scroll up.
   bool Wheel (int X, int Y, int Lines);
@@ -41,6 +43,8 @@ class DesktopInput {
   bool ClickControl (WINDOW_HEADER *Window, CONTROL *Control, int X, int Y, MouseButton Button, int Clicks, bool Ctrl,
                      bool Shift);
   bool ClickPopup (WINDOW_HEADER *Popup, int X, int Y);
+  bool PointAt (int X, int Y);
+  bool MessageBoxClick (int X, int Y);
   Environment &Env_;
   WINDOW_HEADER *Dragging_ = nullptr;
   int DragDx_ = 0, DragDy_ = 0;

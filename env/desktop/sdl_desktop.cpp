@@ -2,12 +2,12 @@
 
 #include <SDL.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 #include "env/desktop/desktop_input.h"
 #include "env/environment.h"
-#include "env/gui/gbk.h"
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
 #include "env/render/screenshot.h"
@@ -48,6 +48,160 @@ UINT32 ShiftState (Uint16 Mod) {
   return S;
 }
 
+// One SDL window showing the framebuffer. Step () waits for input or the
+// next timer tick, hands the input on, and presents a new frame when
+// something changed; message boxes run Step () in a loop of their own
+// until the user presses their button.
+class SdlDesktop {
+ public:
+  SdlDesktop (Environment &Env, const DesktopOptions &Options)
+      : Env_ (Env), Options_ (Options), Scale_ (std::max (1, Options.Scale)), Input_ (Env) {}
+  ~SdlDesktop () { Close (); }
+
+  bool Open () {
+    GuiDriver &Gui = Env_.gui ();
+    Window_ = SDL_CreateWindow (Options_.Title.c_str (), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
+                                Gui.Width () * Scale_, Gui.Height () * Scale_, 0);
+    Renderer_ = Window_ ? SDL_CreateRenderer (Window_, -1, 0) : nullptr;
+    Texture_ = Renderer_ ? SDL_CreateTexture (Renderer_, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STREAMING,
+                                              Gui.Width (), Gui.Height ())
+                         : nullptr;
+    if (!Texture_) {
+      std::fprintf (stderr, "desktop: %s\n", SDL_GetError ());
+      return false;
+    }
+    SDL_SetTextureBlendMode (Texture_, SDL_BLENDMODE_NONE);
+    Env_.windows ().SetMessageBoxAnswerer ([this] (const MessageBoxRecord &) -> UINTN { return RunMessageBox (); });
+    SDL_StartTextInput ();
+    NextTick_ = SDL_GetTicks () + Options_.TickMilliseconds;
+    return true;
+  }
+
+  void Close () {
+    Env_.windows ().SetMessageBoxAnswerer (nullptr);
+    if (Texture_) SDL_StopTextInput ();
+    if (Texture_) SDL_DestroyTexture (Texture_);
+    if (Renderer_) SDL_DestroyRenderer (Renderer_);
+    if (Window_) SDL_DestroyWindow (Window_);
+    Texture_ = nullptr, Renderer_ = nullptr, Window_ = nullptr;
+  }
+
+  void Run () {
+    while (!Quit_) {
+      Step ();
+      if (Options_.QuitWhenNoWindows && Env_.windows ().TopLevelWindows ().empty ()) Quit_ = true;
+    }
+  }
+
+ private:
+  // The box's own loop: the window system waits (no timers, no messages)
+  // until the button is pressed or the desktop is closed.
+  UINTN RunMessageBox () {
+    WindowBase &Wb = Env_.windows ();
+    Dirty_ = true;
+    while (!Quit_ && Wb.OpenMessageBox () && !Wb.OpenMessageBox ()->Dismissed) Step ();
+    Dirty_ = true;
+    return 1;
+  }
+
+  void Step () {
+    WindowBase &Wb = Env_.windows ();
+    SDL_Event E;
+    Uint32 Now = SDL_GetTicks ();
+    int Wait = NextTick_ > Now ? static_cast<int> (NextTick_ - Now) : 0;
+    if (SDL_WaitEventTimeout (&E, std::min (Wait, 50))) {
+      do Handle (E);
+      while (!Quit_ && SDL_PollEvent (&E));
+    }
+    Now = SDL_GetTicks ();
+    if (static_cast<Sint32> (Now - NextTick_) >= 0) {
+      NextTick_ = Now + Options_.TickMilliseconds;
+      if (Wb.RunTimerTick () > 0) Dirty_ = true;
+      if (Wb.PumpMessages () > 0) Dirty_ = true;
+    }
+    if (Dirty_ && !Quit_) Present ();
+  }
+
+  void Present () {
+    GuiDriver &Gui = Env_.gui ();
+    RenderDesktop (Env_);
+    SDL_UpdateTexture (Texture_, nullptr, Gui.Framebuffer (), Gui.Width () * 4);
+    SDL_RenderClear (Renderer_);
+    SDL_RenderCopy (Renderer_, Texture_, nullptr, nullptr);
+    SDL_RenderPresent (Renderer_);
+    Dirty_ = false;
+    if (Options_.MaxFrames && ++Frames_ >= Options_.MaxFrames) Quit_ = true;
+  }
+
+  void Handle (const SDL_Event &E) {
+    const int Scale = Scale_;
+    switch (E.type) {
+      case SDL_QUIT:
+        Quit_ = true;
+        return;
+      case SDL_MOUSEBUTTONDOWN:
+        if (E.button.button == SDL_BUTTON_LEFT || E.button.button == SDL_BUTTON_RIGHT) {
+          Uint16 Mod = SDL_GetModState ();
+          Input_.MouseDown (E.button.x / Scale, E.button.y / Scale,
+                            E.button.button == SDL_BUTTON_LEFT ? MouseButton::Left : MouseButton::Right,
+                            E.button.clicks, Mod & KMOD_CTRL, Mod & KMOD_SHIFT);
+        }
+        break;
+      case SDL_MOUSEBUTTONUP:
+        Input_.MouseUp (E.button.x / Scale, E.button.y / Scale);
+        break;
+      case SDL_MOUSEMOTION:
+        if (!Input_.MouseMove (E.motion.x / Scale, E.motion.y / Scale)) return;
+        break;
+      case SDL_MOUSEWHEEL: {
+        int Mx = 0, My = 0;
+        SDL_GetMouseState (&Mx, &My);
+        Input_.Wheel (Mx / Scale, My / Scale, E.wheel.y);
+        break;
+      }
+      case SDL_TEXTINPUT:
+        // Characters typed (ASCII only: the driver's texts are 8-bit).
+        for (const char *P = E.text.text; *P; P++) {
+          if (static_cast<unsigned char> (*P) < 0x80) Input_.Key (static_cast<CHAR16> (*P), 0, ShiftState (SDL_GetModState ()));
+        }
+        break;
+      case SDL_KEYDOWN: {
+        SDL_Keycode K = E.key.keysym.sym;
+        UINT32 Shift = ShiftState (E.key.keysym.mod);
+        if (UINT16 Scan = ScanOf (K)) {
+          Input_.Key (0, Scan, Shift);
+        } else if (K == SDLK_RETURN || K == SDLK_KP_ENTER) {
+          Input_.Key (0x0D, 0, Shift);
+        } else if (K == SDLK_BACKSPACE) {
+          Input_.Key (0x08, 0, Shift);
+        } else if (K == SDLK_TAB) {
+          Input_.Key (0x09, 0, Shift);
+        } else if ((E.key.keysym.mod & (KMOD_ALT | KMOD_CTRL)) && K >= 0x20 && K < 0x7F) {
+          // With Alt or Ctrl no text event comes: send the letter here.
+          Input_.Key (static_cast<CHAR16> (K), 0, Shift);
+        } else if (K == SDLK_MENU || K == SDLK_APPLICATION) {
+          Input_.Key (0, SCAN_CODE_HOTKEY, Shift);
+        }
+        break;
+      }
+      default:
+        return;
+    }
+    Dirty_ = true;
+  }
+
+  Environment &Env_;
+  const DesktopOptions &Options_;
+  const int Scale_;
+  DesktopInput Input_;
+  SDL_Window *Window_ = nullptr;
+  SDL_Renderer *Renderer_ = nullptr;
+  SDL_Texture *Texture_ = nullptr;
+  Uint32 NextTick_ = 0;
+  unsigned Frames_ = 0;
+  bool Quit_ = false, Dirty_ = true;
+};
+
 }  // namespace
 
 bool RunDesktop (Environment &Env, const DesktopOptions &Options) {
@@ -63,120 +217,16 @@ bool RunDesktop (Environment &Env, const DesktopOptions &Options) {
     SDL_Quit ();
     return false;
   }
-  GuiDriver &Gui = Env.gui ();
-  WindowBase &Wb = Env.windows ();
-  int Scale = std::max (1, Options.Scale);
-  SDL_Window *Window = SDL_CreateWindow (Options.Title.c_str (), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
-                                         Gui.Width () * Scale, Gui.Height () * Scale, 0);
-  SDL_Renderer *Renderer = Window ? SDL_CreateRenderer (Window, -1, 0) : nullptr;
-  SDL_Texture *Texture = Renderer ? SDL_CreateTexture (Renderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STREAMING,
-                                                       Gui.Width (), Gui.Height ())
-                                  : nullptr;
-  if (!Texture) {
-    std::fprintf (stderr, "desktop: %s\n", SDL_GetError ());
-    if (Renderer) SDL_DestroyRenderer (Renderer);
-    if (Window) SDL_DestroyWindow (Window);
-    SDL_Quit ();
-    return false;
+  {
+    SdlDesktop Desktop (Env, Options);
+    if (!Desktop.Open ()) {
+      Desktop.Close ();
+      SDL_Quit ();
+      return false;
+    }
+    Desktop.Run ();
+    if (!Options.ScreenshotAtExit.empty ()) SaveScreenshot (Env.gui (), Options.ScreenshotAtExit);
   }
-  SDL_SetTextureBlendMode (Texture, SDL_BLENDMODE_NONE);
-  Wb.SetMessageBoxAnswerer ([Window] (const MessageBoxRecord &Box) -> UINTN {
-    SDL_ShowSimpleMessageBox (SDL_MESSAGEBOX_INFORMATION, GbkToUtf8 (Box.Caption).c_str (),
-                              GbkToUtf8 (Box.Text).c_str (), Window);
-    return 1;
-  });
-  SDL_StartTextInput ();
-
-  DesktopInput Input (Env);
-  Uint32 NextTick = SDL_GetTicks () + Options.TickMilliseconds;
-  unsigned Frames = 0;
-  bool Running = true, Dirty = true;
-  while (Running) {
-    SDL_Event E;
-    Uint32 Now = SDL_GetTicks ();
-    int Wait = NextTick > Now ? static_cast<int> (NextTick - Now) : 0;
-    if (SDL_WaitEventTimeout (&E, std::min (Wait, 50))) {
-      do {
-        switch (E.type) {
-          case SDL_QUIT:
-            Running = false;
-            break;
-          case SDL_MOUSEBUTTONDOWN:
-            if (E.button.button == SDL_BUTTON_LEFT || E.button.button == SDL_BUTTON_RIGHT) {
-              Uint16 Mod = SDL_GetModState ();
-              Input.MouseDown (E.button.x / Scale, E.button.y / Scale,
-                               E.button.button == SDL_BUTTON_LEFT ? MouseButton::Left : MouseButton::Right,
-                               E.button.clicks, Mod & KMOD_CTRL, Mod & KMOD_SHIFT);
-            }
-            break;
-          case SDL_MOUSEBUTTONUP:
-            Input.MouseUp (E.button.x / Scale, E.button.y / Scale);
-            break;
-          case SDL_MOUSEMOTION:
-            Input.MouseMove (E.motion.x / Scale, E.motion.y / Scale);
-            if (!(E.motion.state & SDL_BUTTON_LMASK)) continue;
-            break;
-          case SDL_MOUSEWHEEL: {
-            int Mx = 0, My = 0;
-            SDL_GetMouseState (&Mx, &My);
-            Input.Wheel (Mx / Scale, My / Scale, E.wheel.y);
-            break;
-          }
-          case SDL_TEXTINPUT: {
-            // Characters typed (ASCII only: the driver's texts are 8-bit).
-            for (const char *P = E.text.text; *P; P++) {
-              if (static_cast<unsigned char> (*P) < 0x80) Input.Key (static_cast<CHAR16> (*P), 0, ShiftState (SDL_GetModState ()));
-            }
-            break;
-          }
-          case SDL_KEYDOWN: {
-            SDL_Keycode K = E.key.keysym.sym;
-            UINT32 Shift = ShiftState (E.key.keysym.mod);
-            if (UINT16 Scan = ScanOf (K)) {
-              Input.Key (0, Scan, Shift);
-            } else if (K == SDLK_RETURN || K == SDLK_KP_ENTER) {
-              Input.Key (0x0D, 0, Shift);
-            } else if (K == SDLK_BACKSPACE) {
-              Input.Key (0x08, 0, Shift);
-            } else if (K == SDLK_TAB) {
-              Input.Key (0x09, 0, Shift);
-            } else if ((E.key.keysym.mod & (KMOD_ALT | KMOD_CTRL)) && K >= 0x20 && K < 0x7F) {
-              // With Alt or Ctrl no text event comes: send the letter here.
-              Input.Key (static_cast<CHAR16> (K), 0, Shift);
-            } else if (K == SDLK_MENU || K == SDLK_APPLICATION) {
-              Input.Key (0, SCAN_CODE_HOTKEY, Shift);
-            }
-            break;
-          }
-          default:
-            continue;
-        }
-        Dirty = true;
-      } while (SDL_PollEvent (&E));
-    }
-    Now = SDL_GetTicks ();
-    if (static_cast<Sint32> (Now - NextTick) >= 0) {
-      NextTick = Now + Options.TickMilliseconds;
-      if (Wb.RunTimerTick () > 0) Dirty = true;
-      if (Wb.PumpMessages () > 0) Dirty = true;
-    }
-    if (Options.QuitWhenNoWindows && Wb.TopLevelWindows ().empty ()) Running = false;
-    if (Dirty && Running) {
-      RenderDesktop (Env);
-      SDL_UpdateTexture (Texture, nullptr, Gui.Framebuffer (), Gui.Width () * 4);
-      SDL_RenderClear (Renderer);
-      SDL_RenderCopy (Renderer, Texture, nullptr, nullptr);
-      SDL_RenderPresent (Renderer);
-      Dirty = false;
-      if (Options.MaxFrames && ++Frames >= Options.MaxFrames) Running = false;
-    }
-  }
-  if (!Options.ScreenshotAtExit.empty ()) SaveScreenshot (Gui, Options.ScreenshotAtExit);
-  Wb.SetMessageBoxAnswerer (nullptr);
-  SDL_StopTextInput ();
-  SDL_DestroyTexture (Texture);
-  SDL_DestroyRenderer (Renderer);
-  SDL_DestroyWindow (Window);
   SDL_Quit ();
   return true;
 }

@@ -1,7 +1,7 @@
 // The interactive desktop: an SDL2 window that shows the framebuffer and
 // hands the user's mouse and keyboard to the window system (DesktopInput).
-// Timers tick every TickMilliseconds; message boxes appear as SDL message
-// boxes and are answered with 1 when the user dismisses them.
+// Timers tick every TickMilliseconds; a message box is drawn over the desktop
+// and waits for the user to press its button (then answers 1).
 #pragma once
 
 #include <string>

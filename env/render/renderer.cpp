@@ -17,6 +17,57 @@ namespace {
 constexpr int kStatusPadding = 8;
 constexpr int kScrollBarWidth = 16;
 constexpr int kIconSize = 16;
+constexpr uint32_t kTooltipColour = 0xFFFFE1;
+constexpr const char *kOkText = "OK";
+
+// Where a text may be broken: after a space, or before any character when a
+// word is wider than the line. Two-byte GBK characters stay whole.
+size_t CharLength (const std::string &T, size_t At) {
+  return static_cast<unsigned char> (T[At]) >= 0x81 && At + 1 < T.size () ? 2 : 1;
+}
+
+std::vector<std::string> WrapText (const std::string &Text, int Width) {
+  std::vector<std::string> Lines;
+  size_t Start = 0;
+  while (Start <= Text.size ()) {
+    size_t End = Text.find ('\n', Start);
+    std::string Para = Text.substr (Start, End == std::string::npos ? std::string::npos : End - Start);
+    if (!Para.empty () && Para.back () == '\r') Para.pop_back ();
+    std::string Line;
+    int Used = 0;
+    size_t LastSpace = std::string::npos;
+    for (size_t I = 0; I < Para.size ();) {
+      size_t Len = CharLength (Para, I);
+      int Cw = GuiDriver::TextWidth (Para.substr (I, Len));
+      if (Used + Cw > Width && !Line.empty ()) {
+        if (LastSpace != std::string::npos) {
+          // Break at the last space: what follows it starts the next line.
+          std::string Rest = Line.substr (LastSpace + 1);
+          Line.erase (LastSpace);
+          Lines.push_back (Line);
+          Line = Rest;
+        } else {
+          Lines.push_back (Line);
+          Line.clear ();
+        }
+        Used = GuiDriver::TextWidth (Line);
+        LastSpace = std::string::npos;
+        if (Para[I] == ' ' && Line.empty ()) {
+          I++;
+          continue;
+        }
+      }
+      if (Para[I] == ' ') LastSpace = Line.size ();
+      Line += Para.substr (I, Len);
+      Used += Cw;
+      I += Len;
+    }
+    Lines.push_back (Line);
+    if (End == std::string::npos) break;
+    Start = End + 1;
+  }
+  return Lines;
+}
 
 std::string Str (const CHAR8 *Bytes, size_t Max) {
   const char *P = reinterpret_cast<const char *> (Bytes);
@@ -38,6 +89,9 @@ class Painter {
       Count++;
     }
     if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) PaintPopup (Popup);
+    TooltipInfo Tip;
+    if (Wb.ShownTooltip (Tip)) PaintTooltip (Tip);
+    if (const MessageBoxRecord *Box = Wb.OpenMessageBox ()) PaintMessageBox (*Box);
     Wb.SetPaintHook (nullptr);
     return Count;
   }
@@ -513,6 +567,38 @@ class Painter {
     }
   }
 
+  // ------------------------------------------------- tooltips, message boxes
+
+  void PaintTooltip (const TooltipInfo &Tip) {
+    int W = GuiDriver::TextWidth (Tip.Text) + 8, H = Lh + 4;
+    // Kept on the screen: moved left or above the pointer at the edges.
+    int X = std::max (0, std::min (Tip.X, Gui.Width () - W));
+    int Y = Tip.Y + H > Gui.Height () ? Tip.Y - H - 24 : Tip.Y;
+    PaintContext C = Clip (X, Y, W, H);
+    Gui.FillRect (C, X, Y, W, H, kTooltipColour);
+    Gui.FrameRect (C, X, Y, W, H, colours::Text);
+    Text (C, X + 4, Y + 2, Tip.Text, colours::Text);
+  }
+
+  void PaintMessageBox (const MessageBoxRecord &Box) {
+    MessageBoxLayout L = LayoutOfMessageBox (Env, Box.Text, Box.Caption);
+    PaintContext C = Clip (L.X, L.Y, L.Width, L.Height);
+    Gui.FillRect (C, L.X, L.Y, L.Width, L.Height, colours::Face);
+    Bevel (C, L.X, L.Y, L.Width, L.Height, true);
+    Gui.FillRect (C, L.X + 2, L.Y + 2, L.Width - 4, L.CaptionHeight - 3, colours::ActiveCaption);
+    TextIn (C, L.X + 6, L.Y + (L.CaptionHeight - Lh) / 2, L.Width - 12, Box.Caption, colours::CaptionText);
+    for (size_t I = 0; I < L.Lines.size (); I++)
+      Text (C, L.TextX, L.TextY + int (I) * Lh, L.Lines[I], colours::Text);
+    Gui.FillRect (C, L.ButtonX, L.ButtonY, L.ButtonWidth, L.ButtonHeight, colours::Face);
+    Bevel (C, L.ButtonX, L.ButtonY, L.ButtonWidth, L.ButtonHeight, true);
+    // The default button's dark outline.
+    Gui.FrameRect (C, L.ButtonX - 1, L.ButtonY - 1, L.ButtonWidth + 2, L.ButtonHeight + 2, colours::DarkShadow);
+    std::string Ok = kOkText;
+    Text (C, L.ButtonX + (L.ButtonWidth - GuiDriver::TextWidth (Ok)) / 2, L.ButtonY + (L.ButtonHeight - Lh) / 2, Ok,
+          colours::Text);
+    Gui.FrameRect (C, L.X, L.Y, L.Width, L.Height, colours::DarkShadow);
+  }
+
   // ----------------------------------------------------------------- popups
 
   void PaintPopup (WINDOW_HEADER *P) {
@@ -564,6 +650,32 @@ WindowLayout LayoutOf (Environment &Env, WINDOW_HEADER *Window) {
     L.StatusHeight = Env.gui ().Table ()->GetLineHeight () + kStatusPadding;
     L.StatusY = L.Y + L.Height - L.StatusHeight;
   }
+  return L;
+}
+
+MessageBoxLayout LayoutOfMessageBox (Environment &Env, const std::string &Text, const std::string &Caption) {
+  constexpr int kMargin = 16, kMinWidth = 200, kButtonWidth = 80;
+  MessageBoxLayout L;
+  const int Lh = Env.gui ().Table ()->GetLineHeight ();
+  const int ScreenW = Env.gui ().Width (), ScreenH = Env.gui ().Height ();
+  L.CaptionHeight = Env.windows ().Table ()->CaptionHeight;
+  // As wide as the longest line, within three quarters of the screen.
+  int MaxText = std::max (ScreenW * 3 / 4 - 2 * kMargin, 8 * 8);
+  L.Lines = WrapText (Text, MaxText);
+  int TextW = 0;
+  for (const std::string &Line : L.Lines) TextW = std::max (TextW, GuiDriver::TextWidth (Line));
+  int CaptionW = GuiDriver::TextWidth (Caption) + 24;
+  L.Width = std::min (std::max ({TextW + 2 * kMargin, CaptionW, kMinWidth}), std::max (ScreenW, 1));
+  L.ButtonHeight = Lh + 10, L.ButtonWidth = kButtonWidth;
+  // Lines that do not fit the screen are left out.
+  int Fixed = L.CaptionHeight + kMargin + kMargin + L.ButtonHeight + 12;
+  size_t MaxLines = static_cast<size_t> (std::max (1, (ScreenH - Fixed) / std::max (Lh, 1)));
+  if (L.Lines.size () > MaxLines) L.Lines.resize (MaxLines);
+  L.Height = Fixed + static_cast<int> (L.Lines.size ()) * Lh;
+  L.X = std::max (0, (ScreenW - L.Width) / 2), L.Y = std::max (0, (ScreenH - L.Height) / 2);
+  L.TextX = L.X + kMargin, L.TextY = L.Y + L.CaptionHeight + kMargin;
+  L.ButtonX = L.X + (L.Width - L.ButtonWidth) / 2;
+  L.ButtonY = L.Y + L.Height - 12 - L.ButtonHeight;
   return L;
 }
 

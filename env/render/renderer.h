@@ -1,6 +1,7 @@
 // Painting of the whole desktop into the GUI driver's framebuffer: the
 // desktop background, then every top-level window from the bottom of the
-// z-order to the top, then the popup menu that is open.
+// z-order to the top, then the popup menu that is open, the tooltip, and
+// last the message box being shown (modal, over everything).
 //
 // A window is painted as a small window system would: its frame, title bar
 // (icon, title, close box) and background are drawn by the window base's
@@ -48,5 +49,16 @@ struct WindowLayout {
   int StatusY = 0, StatusHeight = 0;   // StatusHeight 0: no status line
 };
 WindowLayout LayoutOf (Environment &Env, WINDOW_HEADER *Window);
+
+// Layout of a message box: centred on the screen, its text wrapped into
+// lines, one "OK" button centred below them (screen coordinates).
+struct MessageBoxLayout {
+  int X = 0, Y = 0, Width = 0, Height = 0;
+  int CaptionHeight = 0;
+  int TextX = 0, TextY = 0;
+  std::vector<std::string> Lines;     // GBK bytes, as the box was given them
+  int ButtonX = 0, ButtonY = 0, ButtonWidth = 0, ButtonHeight = 0;
+};
+MessageBoxLayout LayoutOfMessageBox (Environment &Env, const std::string &Text, const std::string &Caption);
 
 }  // namespace env

@@ -532,7 +532,11 @@ UINTN EFIAPI OpMessageBox (UINT8 Style, const CHAR8 *Text, const CHAR8 *Caption,
   S ().Boxes.push_back (Record);
   if (!S ().Answerer) return 1;
   WindowBase::State::Scope Guard (S ());
-  return S ().Answerer (Record);
+  S ().OpenBoxes.push_back (Record);
+  // A copy for the answerer: the open list may grow while it runs.
+  UINTN Answer = S ().Answerer (MessageBoxRecord (Record));
+  S ().OpenBoxes.pop_back ();
+  return Answer;
 }
 
 UINTN EFIAPI OpSendMessage (VOID *Target, MESSAGE *Message) { return S ().Send (Target, Message); }
@@ -698,10 +702,11 @@ WindowBase::~WindowBase () {
 WINDOW_BASE_PROTOCOL *WindowBase::Table () { return &State_->Table; }
 WindowBase::State &WindowBase::Internal () { return *State_; }
 
-size_t WindowBase::PumpMessages () { return State_->Pump (); }
+size_t WindowBase::PumpMessages () { return State_->OpenBoxes.empty () ? State_->Pump () : 0; }
 
 size_t WindowBase::RunTimerTick () {
   State &St = *State_;
+  if (!St.OpenBoxes.empty ()) return 0;
   State::Scope Guard (St);
   std::vector<State::Timer> Snapshot = St.Timers;
   size_t Ran = 0;
@@ -805,6 +810,29 @@ const std::vector<MessageBoxRecord> &WindowBase::MessageBoxes () const { return 
 void WindowBase::ClearMessageBoxes () { State_->Boxes.clear (); }
 void WindowBase::SetMessageBoxAnswerer (std::function<UINTN (const MessageBoxRecord &)> Answerer) {
   State_->Answerer = std::move (Answerer);
+}
+const MessageBoxRecord *WindowBase::OpenMessageBox () const {
+  return State_->OpenBoxes.empty () ? nullptr : &State_->OpenBoxes.back ();
+}
+void WindowBase::DismissMessageBox () {
+  if (!State_->OpenBoxes.empty ()) State_->OpenBoxes.back ().Dismissed = true;
+}
+
+void WindowBase::ShowTooltip (const MENU_ITEM *Item, int X, int Y) {
+  if (Item == nullptr || Item->Tooltip == nullptr || Item->Tooltip[0] == 0) {
+    HideTooltip ();
+    return;
+  }
+  if (State_->TooltipItem == Item) return;   // stays where it appeared
+  State_->TooltipItem = Item, State_->TooltipX = X, State_->TooltipY = Y;
+}
+void WindowBase::HideTooltip () { State_->TooltipItem = nullptr; }
+bool WindowBase::ShownTooltip (TooltipInfo &Out) const {
+  const MENU_ITEM *Item = State_->TooltipItem;
+  if (Item == nullptr || !IsControl (Item) || Item->Tooltip == nullptr) return false;
+  Out.Text = reinterpret_cast<const char *> (Item->Tooltip);
+  Out.X = State_->TooltipX, Out.Y = State_->TooltipY;
+  return !Out.Text.empty ();
 }
 
 std::string WindowBase::StatusText (WINDOW_HEADER *Window, uint8_t Field) const {

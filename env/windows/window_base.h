@@ -37,7 +37,11 @@
 // - Icons: LoadIcon ids live for the session (same path and size give the same
 //   id); LoadIconFromFile ids are freed by FreeIcon. Failure: ICON_NONE (126)
 //   for a missing or undecodable file, 127 when all 126 ids are in use.
-// - Message boxes are recorded and answered by the answerer (default 1).
+// - Message boxes are recorded, then shown (OpenMessageBox) while the answerer
+//   runs; no answerer answers 1 at once. Timers and posted messages wait
+//   while a box is shown: the driver's code that asked is still on the stack.
+// - Tooltips: one at a time, shown for a menu item by the mouse side; it goes
+//   when its item goes.
 // - CompleteDialog records a copy of the result, hands it to the dialog
 //   listener, then posts MSG_SYSCOMMAND 4 to the dialog.
 #pragma once
@@ -58,6 +62,12 @@ struct PaintContext;
 struct MessageBoxRecord {
   uint8_t Style = 0;
   std::string Text, Caption;
+  bool Dismissed = false;          // the user pressed its button (while shown)
+};
+
+struct TooltipInfo {
+  std::string Text;
+  int X = 0, Y = 0;                // screen position of its top-left corner
 };
 
 struct PopupItemInfo {
@@ -113,6 +123,19 @@ class WindowBase {
   const std::vector<MessageBoxRecord> &MessageBoxes () const;
   void ClearMessageBoxes ();
   void SetMessageBoxAnswerer (std::function<UINTN (const MessageBoxRecord &)> Answerer);
+  // The box being shown (its answerer is running), or nullptr.
+  const MessageBoxRecord *OpenMessageBox () const;
+  // The user's press of the shown box's button; an answerer waiting for the
+  // user sees it in OpenMessageBox ()->Dismissed.
+  void DismissMessageBox ();
+
+  // ---- tooltips
+  // Shows the tooltip of a menu item at a screen position (hidden when the
+  // item has no tooltip text).
+  void ShowTooltip (const MENU_ITEM *Item, int X, int Y);
+  void HideTooltip ();
+  // The tooltip shown now; false when none (or its item is gone).
+  bool ShownTooltip (TooltipInfo &Out) const;
 
   // ---- popups and menus
   WINDOW_HEADER *ShownPopup () const;

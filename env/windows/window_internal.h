@@ -133,6 +133,9 @@ struct WindowBase::State {
 
   std::vector<MessageBoxRecord> Boxes;
   std::function<UINTN (const MessageBoxRecord &)> Answerer;
+  std::vector<MessageBoxRecord> OpenBoxes;       // shown now, innermost last
+  const MENU_ITEM *TooltipItem = nullptr;
+  int TooltipX = 0, TooltipY = 0;
   std::vector<DialogResult> Results;
   std::function<void (const DialogResult &)> DialogListener;
   bool Extended = true;

@@ -30,20 +30,45 @@ bool ParseUnsigned (const std::string &Word, unsigned long Limit, unsigned long 
 }  // namespace
 
 ScriptRunner::ScriptRunner (Session &S, std::ostream &Out)
-    : Session_ (S), Out_ (Out), Dump_ (S.Env ()), Mouse_ (new env::DesktopInput (S.Env ())) {}
+    : Session_ (S), Out_ (Out), Dump_ (S.Env ()), Mouse_ (new env::DesktopInput (S.Env ())) {
+  S.Env ().windows ().SetMessageBoxAnswerer ([this] (const env::MessageBoxRecord &) { return AnswerMessageBox (); });
+}
 
-ScriptRunner::~ScriptRunner () = default;
+ScriptRunner::~ScriptRunner () { Session_.Env ().windows ().SetMessageBoxAnswerer (nullptr); }
 
 bool ScriptRunner::Run (const Script &S) {
-  for (const ScriptLine &Line : S.Lines) {
-    std::string Error;
-    if (!Execute (Line.Words, Error)) {
-      Out_ << S.Name << ":" << Line.Number << ": " << Error << "\n" << Dump_.Peek ();
-      return false;
-    }
+  Script_ = &S, Next_ = 0, Failed_ = false;
+  while (!Failed_ && Next_ < S.Lines.size ()) {
+    if (!RunLine (S.Lines[Next_++])) return false;
     Session_.Env ().windows ().PumpMessages ();
   }
-  return true;
+  return !Failed_;
+}
+
+bool ScriptRunner::RunLine (const ScriptLine &Line) {
+  std::string Error;
+  if (Execute (Line.Words, Error)) return true;
+  if (!Failed_) Out_ << Script_->Name << ":" << Line.Number << ": " << Error << "\n" << Dump_.Peek ();
+  Failed_ = true;
+  return false;
+}
+
+UINTN ScriptRunner::AnswerMessageBox () {
+  env::WindowBase &Wb = Session_.Env ().windows ();
+  while (!Failed_ && Script_ != nullptr && Next_ < Script_->Lines.size ()) {
+    const ScriptLine &Line = Script_->Lines[Next_];
+    const std::string &Command = Line.Words[0];
+    if (Command == "answer") {
+      Next_++;
+      break;
+    }
+    if (Command != "shot" && Command != "dump" && Command != "expect" && Command != "hover" && Command != "click")
+      break;
+    Next_++;
+    if (!RunLine (Line)) break;
+    if (Wb.OpenMessageBox () == nullptr || Wb.OpenMessageBox ()->Dismissed) break;
+  }
+  return 1;
 }
 
 bool ScriptRunner::Settle () {
@@ -415,8 +440,11 @@ bool ScriptRunner::Execute (const std::vector<std::string> &Words, std::string &
     return true;
   }
   if (Command == "answer" && Count == 1) {
-    // Message boxes are answered when they are shown; the command stays for
-    // scripts written for an interactive answer.
+    Error = "no message box to answer";
+    return false;
+  }
+  if (Command == "hover" && Count == 3 && ParseUnsigned (Words[1], 65535, N) && ParseUnsigned (Words[2], 65535, M)) {
+    Mouse_->MouseMove (static_cast<int> (N), static_cast<int> (M));
     return true;
   }
   if (Command == "dump" && Count == 1) {

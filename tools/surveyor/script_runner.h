@@ -27,6 +27,11 @@ class ScriptRunner {
  private:
   bool Execute (const std::vector<std::string> &Words, std::string &Error);
   bool Settle ();
+  // While a message box is shown: runs the lines that look at the screen
+  // (shot, dump, expect, hover, click) up to "answer". Any other line
+  // dismisses the box and is left for the main loop.
+  UINTN AnswerMessageBox ();
+  bool RunLine (const ScriptLine &Line);
 
   Session &Session_;
   std::ostream &Out_;
@@ -34,6 +39,9 @@ class ScriptRunner {
   std::string PendingText_;     // typed into an in-place edit, applied by enter
   bool HasPendingText_ = false;
   std::unique_ptr<env::DesktopInput> Mouse_;   // clicks at screen positions
+  const Script *Script_ = nullptr;              // the script being run
+  size_t Next_ = 0;                             // its next line
+  bool Failed_ = false;                         // a line failed (perhaps inside a message box)
 };
 
 }  // namespace surveyor
