@@ -200,7 +200,9 @@ class Painter {
     if (!Wb.IsWindow (W)) return;
     int X, Y;
     Origin (W, X, Y);
-    PaintContext C = Clip (X, Y, W->Width, W->Height);
+    int32_t Vx = 0, Vy = 0, Vw = 0, Vh = 0;
+    Wb.Internal ().VisibleRect (W, Vx, Vy, Vw, Vh);
+    PaintContext C = Clip (Vx, Vy, Vw, Vh);
     if (TopLevel) {
       WindowLayout L = LayoutOf (Env, W);
       C = Clip (X + 1, Y + L.CaptionHeight, W->Width - 2, W->Height - L.CaptionHeight - 1);

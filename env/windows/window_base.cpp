@@ -257,6 +257,24 @@ void WindowBase::State::Origin (const void *Target, int32_t &X, int32_t &Y) cons
   }
 }
 
+void WindowBase::State::VisibleRect (const WINDOW_HEADER *Window, int32_t &X, int32_t &Y, int32_t &W,
+                                     int32_t &H) const {
+  Origin (Window, X, Y);
+  W = Window->Width, H = Window->Height;
+  // Child windows show only inside their parents.
+  int Guard = 0;
+  for (const WINDOW_HEADER *P = Window->Parent;
+       P != nullptr && !IsDesktop (P) && Window->Kind != WINDOW_KIND_POPUP && FindAnyWindow (P) != nullptr &&
+       Guard++ < 64;
+       P = P->Parent) {
+    int32_t Px = 0, Py = 0;
+    Origin (P, Px, Py);
+    int32_t X1 = std::min (X + W, Px + int32_t (P->Width)), Y1 = std::min (Y + H, Py + int32_t (P->Height));
+    X = std::max (X, Px), Y = std::max (Y, Py);
+    W = std::max (X1 - X, 0), H = std::max (Y1 - Y, 0);
+  }
+}
+
 void WindowBase::State::Destroy (void *Target) {
   WindowInfo *Info = FindWindow (Target);
   if (Info == nullptr) return;
@@ -596,14 +614,15 @@ BOOLEAN EFIAPI OpQueryExtendedMenus () { return S ().Extended ? TRUE : FALSE; }
 PAINT_CONTEXT EFIAPI OpBeginPaint (WINDOW_HEADER *Window) {
   WindowInfo *Info = S ().FindWindow (Window);
   if (Info == nullptr) return nullptr;
-  int32_t X = 0, Y = 0;
+  int32_t X = 0, Y = 0, W = 0, H = 0;
   S ().Origin (Window, X, Y);
-  Info->Paint.ClipX = X;
-  Info->Paint.ClipY = Y;
-  Info->Paint.ClipWidth = Window->Width;
-  Info->Paint.ClipHeight = Window->Height;
   Info->Paint.OriginX = X;
   Info->Paint.OriginY = Y;
+  S ().VisibleRect (Window, X, Y, W, H);
+  Info->Paint.ClipX = X;
+  Info->Paint.ClipY = Y;
+  Info->Paint.ClipWidth = W;
+  Info->Paint.ClipHeight = H;
   return &Info->Paint;
 }
 
@@ -623,7 +642,7 @@ VOID EFIAPI OpDefaultPaint (WINDOW_HEADER *Window, MESSAGE *, VOID *) {
     S ().PaintHook (Window, *Context);
     return;
   }
-  OpFillRect (Context, static_cast<UINT16> (Context->ClipX), static_cast<UINT16> (Context->ClipY), Window->Width,
+  OpFillRect (Context, static_cast<UINT16> (Context->OriginX), static_cast<UINT16> (Context->OriginY), Window->Width,
               Window->Height, 0xD4D0C8);
 }
 

@@ -182,6 +182,8 @@ struct WindowBase::State {
   void SetFocus (WINDOW_HEADER *Window, VOID *Control);
   WINDOW_HEADER *TopLevelOf (WINDOW_HEADER *Window) const;
   void Origin (const void *Target, int32_t &X, int32_t &Y) const;
+  // Screen rectangle of a window that can show: its own, cut by its parents'.
+  void VisibleRect (const WINDOW_HEADER *Window, int32_t &X, int32_t &Y, int32_t &W, int32_t &H) const;
 
   // Controls.
   CONTROL *AddControl (WINDOW_HEADER *Parent, std::unique_ptr<ControlObject> Object, bool InChain, bool AutoId);

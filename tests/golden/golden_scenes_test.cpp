@@ -1,0 +1,188 @@
+// Golden images of fixed scenes: the whole screen after a scene is set up is
+// compared with its reference PNG (see golden_image.h for the tolerance and
+// for regenerating the references).
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+
+#include "compare/file_comparison.h"
+#include "env/controls/control_driver.h"
+#include "env/desktop/desktop_input.h"
+#include "env/gui/gui_driver.h"
+#include "env/render/renderer.h"
+#include "env/windows/window_base.h"
+#include "filemanager/main_window.h"
+#include "golden/golden_image.h"
+#include "support/driver_fixture.h"
+#include "viewers/viewers.h"
+
+namespace {
+
+// Rendering is exact: same build, same font, same icons. The channel
+// tolerance absorbs rounding in scaling and blending between compilers; a
+// changed glyph or a moved line fails.
+constexpr Tolerance kExact {4, 0};
+constexpr time_t kFixedTime = 1700000000;   // 2023-11-14 22:13:20 UTC
+
+class GoldenScene : public DriverTest {
+ protected:
+  env::Options EnvironmentOptions () override {
+    env::Options O;
+    O.ScreenWidth = 640, O.ScreenHeight = 480;
+    return O;
+  }
+  void SetUp () override {
+    // Listed times are local times: the same zone on every machine.
+    setenv ("TZ", "UTC0", 1);
+    tzset ();
+    DriverTest::SetUp ();
+  }
+
+  env::WindowBase &Base () { return Env ().windows (); }
+
+  // Every file and folder under the volume gets the one fixed time.
+  void FixTimes (int Volume) {
+    for (auto &Entry : std::filesystem::recursive_directory_iterator (VolumePath (Volume))) Touch (Entry.path ());
+  }
+  static void Touch (const std::filesystem::path &Path) {
+    struct timespec Times[2] = {{kFixedTime, 0}, {kFixedTime, 0}};
+    utimensat (AT_FDCWD, Path.c_str (), Times, 0);
+  }
+
+  int ListingVolume () {
+    int V = MakeVolume ("files", 0, 0, 1, "DATA");
+    MakeDir (V, "tools");
+    WriteFile (V, "notes.txt", std::string (1234, 'n'));
+    WriteFile (V, "readme.txt", "read me\r\n");
+    WriteFile (V, "setup.efi", std::string (40960, 'e'));
+    FixTimes (V);
+    return V;
+  }
+  MAIN_WINDOW *OpenMain (int Volume) {
+    auto *W = reinterpret_cast<MAIN_WINDOW *> (
+        Surveyor ()->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr));
+    EXPECT_NE (W, nullptr);
+    return W;
+  }
+
+  Image Screen () {
+    env::RenderDesktop (Env ());
+    return Framebuffer ();
+  }
+  Image Framebuffer () {
+    env::GuiDriver &Gui = Env ().gui ();
+    Image I;
+    I.Width = Gui.Width (), I.Height = Gui.Height ();
+    const uint32_t *P = Gui.Framebuffer ();
+    I.Pixels.assign (P, P + size_t (I.Width) * I.Height);
+    for (uint32_t &Pixel : I.Pixels) Pixel &= 0xFFFFFF;
+    return I;
+  }
+  void ExpectGolden (const std::string &Name, const Image &Actual) {
+    std::string Failure = MatchGolden (Name, Actual, kExact);
+    EXPECT_TRUE (Failure.empty ()) << Failure;
+  }
+};
+
+TEST_F (GoldenScene, MainWindowWithAListing) {
+  MAIN_WINDOW *W = OpenMain (ListingVolume ());
+  ASSERT_NE (W, nullptr);
+  ASSERT_EQ (W->List->RowCount, 4);
+  Env ().controls ().SelectRows (W->List, {2});
+  ExpectGolden ("main_window", Screen ());
+}
+
+TEST_F (GoldenScene, ToolbarTooltipUnderThePointer) {
+  MAIN_WINDOW *W = OpenMain (ListingVolume ());
+  ASSERT_NE (W, nullptr);
+  // Point at the toolbar buttons until one shows its tooltip.
+  env::DesktopInput Mouse (Env ());
+  env::RenderDesktop (Env ());
+  env::TooltipInfo Tip;
+  for (int X = W->Header.X + 8; X < W->Header.X + 200 && !Base ().ShownTooltip (Tip); X += 4)
+    for (int Y = W->Header.Y + 40; Y < W->Header.Y + 110 && !Base ().ShownTooltip (Tip); Y += 4) Mouse.MouseMove (X, Y);
+  ASSERT_TRUE (Base ().ShownTooltip (Tip));
+  ExpectGolden ("toolbar_tooltip", Screen ());
+}
+
+TEST_F (GoldenScene, OpenPopupWithAGreyedItem) {
+  SkipPoolCheck ();   // the context menu lives as long as the driver
+  MAIN_WINDOW *W = OpenMain (ListingVolume ());
+  ASSERT_NE (W, nullptr);
+  Env ().controls ().SelectRows (W->List, {});
+  Env ().controls ().ContextClick (W->List, 60, 90);
+  WINDOW_HEADER *Popup = Base ().ShownPopup ();
+  ASSERT_NE (Popup, nullptr);
+  std::map<std::string, bool> States = PopupItemStates (Popup);
+  ASSERT_TRUE (std::any_of (States.begin (), States.end (), [] (auto &S) { return !S.second; }))
+      << "the scene needs a greyed item";
+  ExpectGolden ("popup_greyed_item", Screen ());
+}
+
+TEST_F (GoldenScene, MessageBoxOverTheWindow) {
+  SkipPoolCheck ();   // the menus live as long as the driver
+  MAIN_WINDOW *W = OpenMain (ListingVolume ());
+  ASSERT_NE (W, nullptr);
+  // The About command of the Help menu: its box is drawn while it is shown.
+  Image Shown;
+  Base ().SetMessageBoxAnswerer ([&] (const env::MessageBoxRecord &) -> UINTN {
+    Shown = Screen ();
+    return 1;
+  });
+  MENU_ITEM *Help = nullptr;
+  for (WINDOW_HEADER *Child : Base ().ChildWindows (&W->Header))
+    for (CONTROL *C : Base ().Controls (Child))
+      if (C->Kind == CONTROL_KIND_MENU_ITEM && Base ().WindowText (C).rfind ("Help", 0) == 0)
+        Help = reinterpret_cast<MENU_ITEM *> (C);
+  ASSERT_NE (Help, nullptr);
+  ASSERT_TRUE (Base ().ClickMenuItem (Help));
+  ASSERT_NE (Base ().ShownPopup (), nullptr);
+  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (Base ().ShownPopup ());
+  ASSERT_EQ (Items.size (), 1u);
+  ASSERT_TRUE (Base ().ChoosePopupItem (Base ().ShownPopup (), Items[0].Text));
+  Base ().SetMessageBoxAnswerer (nullptr);
+  ASSERT_FALSE (Shown.Pixels.empty ()) << "no message box was shown";
+  ExpectGolden ("message_box", Shown);
+}
+
+TEST_F (GoldenScene, HexViewer) {
+  int V = MakeVolume ("hex", 0, 0, 1, "DATA");
+  // Control bytes, ASCII, and a GBK text in the text column ("中文" and "磁盘").
+  std::string Bytes;
+  for (int I = 0; I < 32; I++) Bytes += static_cast<char> (I);
+  Bytes += "Surveyor hex view: printable ASCII is shown as itself, 0x7F too.\x7F ";
+  Bytes += "GBK:\xD6\xD0\xCE\xC4 \xB4\xC5\xC5\xCC.";
+  WriteFile (V, "data.bin", Bytes);
+  ASSERT_NE (OpenHexViewer (10, 10, reinterpret_cast<const CHAR8 *> ("\\data.bin"), static_cast<UINT8> (V)), nullptr);
+  ExpectGolden ("hex_viewer", Screen ());
+}
+
+TEST_F (GoldenScene, ComparisonWindowWithItsGbkTexts) {
+  SkipPoolCheck ();   // the result menu lives as long as the driver
+  int Source = MakeVolume ("source");
+  int Backup = MakeVolume ("backup");
+  for (int V : {Source, Backup}) {
+    WriteFile (V, "docs/same.txt", "same");
+    WriteFile (V, "docs/changed.txt", V == Source ? "new text" : "old");
+  }
+  WriteFile (Source, "docs/only-here.txt", "1");
+  FixTimes (Source);
+  FixTimes (Backup);
+  ASSERT_NE (OpenFileComparison (static_cast<UINT8> (Source), static_cast<UINT8> (Backup),
+                                 reinterpret_cast<const CHAR8 *> ("\\docs")),
+             nullptr);
+  for (int I = 0; I < 100000 && Base ().TimerCount () > 0; I++) {
+    Base ().RunTimerTick ();
+    Base ().PumpMessages ();
+  }
+  ASSERT_EQ (Base ().TimerCount (), 0u);
+  ExpectGolden ("comparison_window", Screen ());
+}
+
+}  // namespace
