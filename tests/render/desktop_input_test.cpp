@@ -196,3 +196,139 @@ TEST_F (DesktopInputTest, DesktopWindowRunsWithoutADisplay) {
   EXPECT_EQ (Env ().gui ().PixelAt (0, 0), env::kDesktopColour);
   EXPECT_EQ (Env ().gui ().PixelAt (300, 300), env::colours::Face);
 }
+
+namespace {
+unsigned TimerRuns = 0;
+VOID EFIAPI CountTimer (VOID *) { TimerRuns++; }
+}  // namespace
+
+TEST_F (DesktopInputTest, MessageBoxTakesAllInputUntilItsButtonIsPressed) {
+  env::DesktopInput In (Env ());
+  env::WindowBase &Base = Env ().windows ();
+  WINDOW_HEADER *W = MakeWindow (20, 20, 600, 400);
+  CONTROL *Button = Wb ()->CreateButton (W, 33, A ("Go"), 20, 200, 80, 26, 0);
+  TimerRuns = 0;
+  ASSERT_TRUE (Wb ()->SetTimer (CountTimer, nullptr));
+  int Bx, By;
+  At (Button, 10, 10, Bx, By);
+
+  int Asked = 0;
+  Base.SetMessageBoxAnswerer ([&] (const env::MessageBoxRecord &Box) -> UINTN {
+    Asked++;
+    const env::MessageBoxRecord *Open = Base.OpenMessageBox ();
+    EXPECT_NE (Open, nullptr);
+    if (Open == nullptr) return 0;
+    EXPECT_EQ (Open->Caption, "Caption");
+    env::MessageBoxLayout L = env::LayoutOfMessageBox (Env (), Box.Text, Box.Caption);
+    env::RenderDesktop (Env ());
+    // Drawn over the window: caption bar, face, the default button's outline.
+    EXPECT_EQ (Env ().gui ().PixelAt (L.X + L.Width / 2, L.Y + 4), env::colours::ActiveCaption);
+    EXPECT_EQ (Env ().gui ().PixelAt (L.ButtonX - 1, L.ButtonY + 3), env::colours::DarkShadow);
+
+    // Modal: the window's button, keys for the window, timers and posted
+    // messages all wait.
+    Received.clear ();
+    EXPECT_FALSE (In.MouseDown (Bx, By, env::MouseButton::Left, 1));
+    EXPECT_FALSE (In.Key ('a', 0, 0));
+    MESSAGE Posted {};
+    Posted.Type = MSG_SYSCOMMAND;
+    Wb ()->PostMessage (W, &Posted);
+    EXPECT_EQ (Base.RunTimerTick (), 0u);
+    EXPECT_EQ (Base.PumpMessages (), 0u);
+    EXPECT_TRUE (Received.empty ());
+    EXPECT_EQ (TimerRuns, 0u);
+    // Outside the button nothing happens; on it (or with Enter) the box is done.
+    EXPECT_FALSE (In.MouseDown (L.X + 3, L.Y + L.Height - 3, env::MouseButton::Left, 1));
+    EXPECT_FALSE (Open->Dismissed);
+    if (Asked == 1) {
+      EXPECT_TRUE (In.MouseDown (L.ButtonX + 5, L.ButtonY + 5, env::MouseButton::Left, 1));
+    } else {
+      EXPECT_TRUE (In.Key (0x0D, 0, 0));
+    }
+    EXPECT_TRUE (Open->Dismissed);
+    return 1;
+  });
+  EXPECT_EQ (Wb ()->MessageBox (1, A ("Text"), A ("Caption"), 0), 1u);
+  EXPECT_EQ (Wb ()->MessageBox (1, A ("Again"), A ("Caption"), 0), 1u);
+  EXPECT_EQ (Asked, 2);
+  Base.SetMessageBoxAnswerer (nullptr);
+  // After the boxes, the held messages and the timer go on.
+  EXPECT_EQ (Base.OpenMessageBox (), nullptr);
+  EXPECT_EQ (Base.PumpMessages (), 2u);
+  EXPECT_EQ (Base.RunTimerTick (), 1u);
+  Wb ()->KillTimer (CountTimer, nullptr);
+}
+
+TEST_F (DesktopInputTest, MessageBoxTextWrapsWithinTheScreen) {
+  // Words wrap at spaces; a two-byte GBK character is never split; a text far
+  // too long for the screen is cut to the lines that fit.
+  std::string Words;
+  for (int I = 0; I < 40; I++) Words += "word" + std::to_string (I) + " ";
+  env::MessageBoxLayout L = env::LayoutOfMessageBox (Env (), Words, "Caption");
+  ASSERT_GT (L.Lines.size (), 1u);
+  for (const std::string &Line : L.Lines) {
+    EXPECT_LE (env::GuiDriver::TextWidth (Line), L.Width - 2 * (L.TextX - L.X));
+    EXPECT_NE (Line.front (), ' ');
+  }
+  EXPECT_EQ (L.Lines[0].rfind ("word0 word1", 0), 0u);
+
+  std::string Gbk;
+  for (int I = 0; I < 300; I++) Gbk += "\xD6\xD0";
+  L = env::LayoutOfMessageBox (Env (), Gbk, "");
+  ASSERT_GT (L.Lines.size (), 1u);
+  for (const std::string &Line : L.Lines) EXPECT_EQ (Line.size () % 2, 0u);
+
+  L = env::LayoutOfMessageBox (Env (), std::string (200000, 'x'), std::string (5000, 'c'));
+  EXPECT_GE (L.X, 0);
+  EXPECT_GE (L.Y, 0);
+  EXPECT_LE (L.X + L.Width, Env ().gui ().Width ());
+  EXPECT_LE (L.Y + L.Height, Env ().gui ().Height ());
+  EXPECT_LE (L.ButtonY + L.ButtonHeight, L.Y + L.Height);
+
+  // Lines given in the text stay lines.
+  L = env::LayoutOfMessageBox (Env (), "one\r\ntwo\nthree", "");
+  EXPECT_EQ (L.Lines, (std::vector<std::string> {"one", "two", "three"}));
+}
+
+TEST_F (DesktopInputTest, TooltipFollowsThePointerOverMenuButtons) {
+  env::DesktopInput In (Env ());
+  env::WindowBase &Base = Env ().windows ();
+  WINDOW_HEADER *W = MakeWindow (100, 100, 400, 300);
+  // Menu buttons live in a header: a child window below the title bar.
+  WINDOW_HEADER *Header = Wb ()->CreateWindow (300, W, Recorder, nullptr, nullptr, 2, 24, 390, 60);
+  MENU_ITEM *Tool = Wb ()->CreateMenuButton (Header, 10, 32, Command, nullptr, W, ICON_NONE, nullptr);
+  MENU_ITEM *Plain = Wb ()->CreateMenuButton (Header, 60, 32, Command, nullptr, W, ICON_NONE, nullptr);
+  ASSERT_NE (Tool, nullptr);
+  ASSERT_NE (Plain, nullptr);
+  Wb ()->SetTooltip (Tool, A ("Copy the selected files"), 0, 0);
+  int X, Y;
+  At (Tool, 5, 5, X, Y);
+  env::TooltipInfo Tip;
+  EXPECT_TRUE (In.MouseMove (X, Y));
+  ASSERT_TRUE (Base.ShownTooltip (Tip));
+  EXPECT_EQ (Tip.Text, "Copy the selected files");
+  EXPECT_EQ (Tip.X, X);
+  EXPECT_GT (Tip.Y, Y);
+  // It stays where it appeared while the pointer moves on the same button.
+  EXPECT_FALSE (In.MouseMove (X + 1, Y));
+  env::RenderDesktop (Env ());
+  EXPECT_EQ (Env ().gui ().PixelAt (Tip.X + 1, Tip.Y + 1), 0xFFFFE1u);
+
+  // A button without a tooltip, the desktop, and a click each hide it.
+  At (Plain, 5, 5, X, Y);
+  EXPECT_TRUE (In.MouseMove (X, Y));
+  EXPECT_FALSE (Base.ShownTooltip (Tip));
+  At (Tool, 5, 5, X, Y);
+  In.MouseMove (X, Y);
+  EXPECT_TRUE (In.MouseMove (5, 5));
+  EXPECT_FALSE (Base.ShownTooltip (Tip));
+  In.MouseMove (X, Y);
+  In.MouseDown (X, Y, env::MouseButton::Left, 1);
+  EXPECT_FALSE (Base.ShownTooltip (Tip));
+  // A tooltip whose button is gone is not drawn.
+  In.MouseMove (X + 2, Y);
+  ASSERT_TRUE (Base.ShownTooltip (Tip));
+  Wb ()->DestroyWindow (W);
+  Base.PumpMessages ();
+  EXPECT_FALSE (Base.ShownTooltip (Tip));
+}

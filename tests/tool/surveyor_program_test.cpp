@@ -119,6 +119,21 @@ TEST_F (ProgramTest, FailedExpectationStopsWithLineNumberAndDump) {
   EXPECT_NE (R.Output.find ("a.txt"), std::string::npos) << R.Output;
 }
 
+TEST_F (ProgramTest, ScriptWorksInsideAMessageBoxUntilItIsAnswered) {
+  Make ("vol/a.txt", "a");
+  fs::path Shot = Root / "box.png";
+  std::string Open = "volume " + (Root / "vol").string () + "\nopen 0\nmenu Help(H)\nmenu \"About Surveyor\"\n";
+  // Inside the box: the dump shows it, the shot is taken, answer closes it;
+  // a second answer has no box left.
+  RunResult R = RunProgram ("run -", Open + "expect \"message box\"\nshot " + Shot.string () + "\nanswer\nanswer\n");
+  EXPECT_EQ (R.Status, 1) << R.Output;
+  EXPECT_NE (R.Output.find ("-:8: no message box to answer"), std::string::npos) << R.Output;
+  EXPECT_GT (fs::file_size (Shot), 1000u);
+  // Any other command presses the button first, then runs.
+  R = RunProgram ("run -", Open + "select a.txt\nexpect \"* a.txt\"\n");
+  EXPECT_EQ (R.Status, 0) << R.Output;
+}
+
 TEST_F (ProgramTest, CompareReportsDifferencesAndExitStatus) {
   Make ("src/same.txt", "same");
   Make ("src/only-new.txt", "new");
