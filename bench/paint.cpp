@@ -7,7 +7,9 @@
 #include <fstream>
 
 #include "core/surveyor_protocol.h"
+#include "env/controls/control_driver.h"
 #include "env/environment.h"
+#include "filemanager/main_window.h"
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
@@ -57,6 +59,58 @@ void BM_RenderDesktop (benchmark::State &State) {
   Fps (State);
 }
 BENCHMARK (BM_RenderDesktop)->Unit (benchmark::kMillisecond);
+
+// One main window over the whole 1024 x 768 screen on a folder of 500 files:
+// as many rows as the screen shows (the menu header, the list's column
+// header and the status line take the rest).
+struct FullScreenWindow {
+  Desktop D;
+  MAIN_WINDOW *Window = nullptr;
+
+  FullScreenWindow () {
+    if (!D.Ok) return;
+    std::vector<WINDOW_HEADER *> All = D.Env.windows ().TopLevelWindows ();
+    for (WINDOW_HEADER *W : All)
+      if (W != All.back ()) D.Env.windows ().SendSysCommand (W, SYSCMD_CLOSE);
+    D.Env.windows ().PumpMessages ();
+    Window = reinterpret_cast<MAIN_WINDOW *> (All.back ());
+    Window->Header.X = 0, Window->Header.Y = 0;
+    D.Env.windows ().ResizeWindow (&Window->Header, 1024, 768);
+    D.Env.windows ().PumpMessages ();
+  }
+};
+
+void BM_FullScreenMainWindow (benchmark::State &State) {
+  FullScreenWindow F;
+  if (F.Window == nullptr) {
+    State.SkipWithError ("driver or window not ready");
+    return;
+  }
+  for (auto _ : State) benchmark::DoNotOptimize (env::RenderDesktop (F.D.Env));
+  Fps (State);
+  State.counters["visible_rows"] = F.Window->List->VisibleRows;
+}
+BENCHMARK (BM_FullScreenMainWindow)->Unit (benchmark::kMillisecond);
+
+// One row's text changes, then the screen is painted again (the renderer
+// always paints the whole screen).
+void BM_RepaintAfterOneRowChanges (benchmark::State &State) {
+  FullScreenWindow F;
+  if (F.Window == nullptr) {
+    State.SkipWithError ("driver or window not ready");
+    return;
+  }
+  CONTROL_DRIVER_PROTOCOL *Cd = F.D.Env.controls ().Table ();
+  const CHAR8 *Names[2] = {reinterpret_cast<const CHAR8 *> ("renamed.txt"),
+                           reinterpret_cast<const CHAR8 *> ("renamed-again.txt")};
+  unsigned I = 0;
+  for (auto _ : State) {
+    Cd->SetItemText (F.Window->List, 0, 5, Names[I++ & 1]);
+    benchmark::DoNotOptimize (env::RenderDesktop (F.D.Env));
+  }
+  Fps (State);
+}
+BENCHMARK (BM_RepaintAfterOneRowChanges)->Unit (benchmark::kMillisecond);
 
 struct Screen {
   env::Firmware Fw;
