@@ -207,3 +207,53 @@ TEST_F (RenderTest, TextViewsWrapAndCombosShowTheirChoice) {
   EXPECT_GT (TitleInk, 40);
   EXPECT_EQ (Count (env::colours::CaptionText, 6 + 32, 4, 60, 16), 0);
 }
+
+TEST_F (RenderTest, HostileSizesAreDrawnOrClippedCleanly) {
+  TheBase = Wb ();
+  const int Sw = G ().Width (), Sh = G ().Height ();
+  // Larger than the screen, and placed off it.
+  WINDOW_HEADER *Huge = MakeWindow ("Huge", 0, 0, 65535, 65535, DefaultThenNothing);
+  MakeWindow ("Away", 65000, 65000, 500, 500, DefaultThenNothing);
+  // Zero-sized controls and a text far longer than its field.
+  WINDOW_HEADER *Win = MakeWindow ("Small", 40, 40, 300, 200, WhiteClient);
+  Wb ()->CreateButton (Win, 7, A ("zero"), 10, 30, 0, 0, 0);
+  Wb ()->CreateTextField (Win, 10, 40, 0, 0, 0, TRUE, A ("zero"));
+  std::string Long (5000, 'W');
+  Wb ()->CreateTextField (Win, 10, 60, 100, 26, 0, TRUE, A (Long.c_str ()));
+  // A list of 65535 rows: only the visible ones are drawn.
+  LIST_CONTROL *List = Cd ()->CreateListView (Win, 10, 90, 280, 100, 0);
+  Cd ()->AddColumn (List, A ("Name"), 64, 200, TRUE, FALSE);
+  struct {
+    CHAR8 Name[64];
+  } Entry {};
+  std::snprintf (reinterpret_cast<char *> (Entry.Name), sizeof Entry.Name, "row");
+  unsigned Added = 0;
+  for (unsigned I = 0; I < 65535; I++) Added += Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 1, &Entry) != 0xFFFF;
+  EXPECT_GE (Added, 65534u);
+  Env ().controls ().SelectRows (List, {static_cast<uint16_t> (List->RowCount - 1)});
+  Wb ()->ActivateWindow (Win);
+  EXPECT_EQ (env::RenderDesktop (Env ()), 3u);
+  // The long text stays in its field: right of it is the client's white.
+  int32_t Fx, Fy;
+  Env ().windows ().ScreenOrigin (Win, Fx, Fy);
+  EXPECT_EQ (Count (env::colours::Text, Fx + 112, Fy + 60, 60, 26), 0);
+  // The huge window covers the screen below the others.
+  EXPECT_EQ (G ().PixelAt (Sw - 5, Sh - 5), env::colours::Face);
+  (void)Huge;
+
+  // Icon ids of 126 and more draw nothing; 1 x 1 and 8000 x 8000 pictures are
+  // clipped to the context.
+  GUI_DRIVER_PROTOCOL *T = Gui ();
+  PAINT_CONTEXT C = Wb ()->BeginPaint (Win);
+  std::vector<uint32_t> Under;
+  for (int I = 0; I < 32; I++) Under.push_back (G ().PixelAt (50 + I, 50 + I / 2));
+  for (unsigned Id : {126u, 127u, 200u, 255u}) Wb ()->DrawIcon (C, 50, 50, static_cast<UINT8> (Id));
+  for (int I = 0; I < 32; I++) EXPECT_EQ (G ().PixelAt (50 + I, 50 + I / 2), Under[I]);
+  uint32_t One = 0x00FF00;
+  T->DrawPixels (C, 45, 45, 1, 1, &One, 1);
+  EXPECT_EQ (G ().PixelAt (45, 45), 0x00FF00u);
+  std::vector<uint32_t> Big (size_t (8000) * 8000, 0xFF0000FFu);
+  T->DrawPixelsAlpha (C, 40, 40, 8000, 8000, Big.data (), 8000);
+  EXPECT_EQ (G ().PixelAt (40 + 299, 40 + 199), 0x0000FFu);
+  EXPECT_NE (G ().PixelAt (40 + 300, 40 + 200), 0x0000FFu);   // outside the window
+}
