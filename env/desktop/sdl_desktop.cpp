@@ -119,7 +119,9 @@ class SdlDesktop {
       if (Wb.RunTimerTick () > 0) Dirty_ = true;
       if (Wb.PumpMessages () > 0) Dirty_ = true;
     }
-    if (Dirty_ && !Quit_) Present ();
+    // An unattended run (MaxFrames) presents on every step, so that it ends
+    // even when nothing changes (for example while a message box waits).
+    if ((Dirty_ || Options_.MaxFrames) && !Quit_) Present ();
   }
 
   void Present () {

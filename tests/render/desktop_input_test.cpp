@@ -332,3 +332,29 @@ TEST_F (DesktopInputTest, TooltipFollowsThePointerOverMenuButtons) {
   Base.PumpMessages ();
   EXPECT_FALSE (Base.ShownTooltip (Tip));
 }
+
+namespace {
+WINDOW_BASE_PROTOCOL *BoxBase = nullptr;
+UINTN BoxAnswer = 0;
+VOID EFIAPI AskOnce (VOID *) {
+  BoxBase->KillTimer (AskOnce, nullptr);
+  BoxAnswer = BoxBase->MessageBox (1, reinterpret_cast<const CHAR8 *> ("Disk full"),
+                                   reinterpret_cast<const CHAR8 *> ("Copy"), 0);
+}
+}  // namespace
+
+TEST_F (DesktopInputTest, DesktopWindowShowsAMessageBoxUntilTheDesktopEnds) {
+  setenv ("SDL_VIDEODRIVER", "dummy", 1);
+  MakeWindow (100, 100, 400, 300);
+  BoxBase = Wb ();
+  BoxAnswer = 0;
+  ASSERT_TRUE (Wb ()->SetTimer (AskOnce, nullptr));
+  env::DesktopOptions Opts;
+  Opts.MaxFrames = 3;          // the box's own loop presents the last frames
+  Opts.TickMilliseconds = 1;
+  ASSERT_TRUE (env::RunDesktop (Env (), Opts));
+  EXPECT_EQ (BoxAnswer, 1u);
+  env::MessageBoxLayout L = env::LayoutOfMessageBox (Env (), "Disk full", "Copy");
+  EXPECT_EQ (Env ().gui ().PixelAt (L.X + L.Width / 2, L.Y + 4), env::colours::ActiveCaption);
+  EXPECT_EQ (Env ().windows ().OpenMessageBox (), nullptr);
+}
