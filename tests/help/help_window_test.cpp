@@ -72,9 +72,9 @@ TEST_F (HelpWindowTest, TextLengthRules) {
 
 TEST_F (HelpWindowTest, UnreadableFileShowsTheFallbackText) {
   int Vol = MakeVolume ("help");
-  // "No help is available for this topic." cut to the 32-byte buffer; the
-  // length counts the terminator.
-  const std::string Expected ("No help is available for this t\0", 32);
+  // The resource's text (it fits the 32-byte buffer); the length counts the
+  // terminator.
+  const std::string Expected ("No help is available.\0", 22);
   for (const char *Path : {"\\missing.txt", "\\..\\..\\etc\\passwd", "\\"}) {
     WINDOW_HEADER *W = Show (Vol, Path, 0, "Help");
     ASSERT_NE (W, nullptr) << Path;
