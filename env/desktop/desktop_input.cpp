@@ -16,6 +16,9 @@ namespace {
 bool Inside (int X, int Y, int Rx, int Ry, int Rw, int Rh) { return X >= Rx && Y >= Ry && X < Rx + Rw && Y < Ry + Rh; }
 
 constexpr int kTooltipOffset = 20;   // below the pointer's tip
+constexpr int kBorderGrip = 4;       // pixels of a window's edge that resize it
+constexpr int kSmallestSide = 40;    // no window is dragged smaller than this
+constexpr UINT32 kShiftKeys = KEY_STATE_LEFT_SHIFT | KEY_STATE_RIGHT_SHIFT;
 
 }  // namespace
 
@@ -99,6 +102,17 @@ bool DesktopInput::MouseDown (int X, int Y, MouseButton Button, int Clicks, bool
     if (!Wb.IsWindow (W)) return true;
   }
   WindowLayout L = LayoutOf (Env_, W);
+  if (Button == MouseButton::Left && Clicks == 1) {
+    // The right and bottom borders, and their corner, resize the window.
+    ResizeRight_ = X >= L.X + L.Width - kBorderGrip;
+    ResizeBottom_ = Y >= L.Y + L.Height - kBorderGrip;
+    if (ResizeRight_ || ResizeBottom_) {
+      Resizing_ = W;
+      SentWidth_ = W->Width, SentHeight_ = W->Height;
+      DragDx_ = L.X + L.Width - X, DragDy_ = L.Y + L.Height - Y;
+      return true;
+    }
+  }
   if (Inside (X, Y, L.CloseX, L.CloseY, L.CloseWidth, L.CloseHeight)) {
     if (Button == MouseButton::Left) Wb.SendSysCommand (W, SYSCMD_CLOSE);
     Wb.PumpMessages ();
@@ -238,6 +252,8 @@ bool DesktopInput::MouseMove (int X, int Y) {
     }
     return Info->Highlight != Before;
   }
+  if (Resizing_ && !Wb.IsWindow (Resizing_)) Resizing_ = nullptr;
+  if (Resizing_) return ResizeTo (X, Y);
   if (Dragging_ && !Wb.IsWindow (Dragging_)) Dragging_ = nullptr;
   if (!Dragging_) return PointAt (X, Y);
   GuiDriver &Gui = Env_.gui ();
@@ -275,7 +291,25 @@ bool DesktopInput::MessageBoxClick (int X, int Y) {
   return true;
 }
 
-void DesktopInput::MouseUp (int, int) { Dragging_ = nullptr; }
+void DesktopInput::MouseUp (int, int) { Dragging_ = Resizing_ = nullptr; }
+
+// The new size goes to the window as a resize message; its handler decides
+// what it accepts (windows keep their own minimum sizes).
+bool DesktopInput::ResizeTo (int X, int Y) {
+  WindowBase &Wb = Env_.windows ();
+  int32_t Wx = 0, Wy = 0;
+  Wb.ScreenOrigin (Resizing_, Wx, Wy);
+  int Width = ResizeRight_ ? X + DragDx_ - Wx : Resizing_->Width;
+  int Height = ResizeBottom_ ? Y + DragDy_ - Wy : Resizing_->Height;
+  Width = std::clamp (Width, kSmallestSide, 0xFFFF);
+  Height = std::clamp (Height, kSmallestSide, 0xFFFF);
+  // Each new size is sent once, whether the window took the last one or not.
+  if (Width == SentWidth_ && Height == SentHeight_) return false;
+  SentWidth_ = Width, SentHeight_ = Height;
+  Wb.ResizeWindow (Resizing_, static_cast<uint16_t> (Width), static_cast<uint16_t> (Height));
+  Wb.PumpMessages ();
+  return true;
+}
 
 bool DesktopInput::Wheel (int X, int Y, int Lines) {
   WINDOW_HEADER *W = WindowAt (X, Y);
@@ -317,7 +351,32 @@ bool DesktopInput::Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
   if (!W) return false;
   UINTN Taken = Wb.SendKey (W, Ch, Scan, Shift);
   Wb.PumpMessages ();
+  if (Taken == 0 && Ch == 0x09 && Wb.IsWindow (W)) return MoveFocus (W, (Shift & kShiftKeys) != 0);
   return Taken != 0;
+}
+
+// Tab the window did not take: the keyboard focus goes to the next control
+// that takes keys (Shift+Tab: the previous), round the window's controls.
+bool DesktopInput::MoveFocus (WINDOW_HEADER *Window, bool Backwards) {
+  WindowBase &Wb = Env_.windows ();
+  std::vector<CONTROL *> Stops;
+  for (CONTROL *C : Wb.Controls (Window)) {
+    bool TakesKeys = C->Kind == CONTROL_KIND_LIST || C->Kind == CONTROL_KIND_FILE_LIST ||
+                     C->Kind == CONTROL_KIND_LOG_VIEW || C->Kind == CONTROL_KIND_COMBO ||
+                     C->Kind == CONTROL_KIND_TEXT_VIEW || C->Kind == CONTROL_KIND_BUTTON;
+    if (TakesKeys && (C->Flags & WINDOW_FLAG_ENABLED) && C->Width > 0 && C->Height > 0) Stops.push_back (C);
+  }
+  if (Stops.empty ()) return false;
+  auto Current = std::find (Stops.begin (), Stops.end (), Window->FocusControl);
+  size_t Next;
+  if (Current == Stops.end ()) Next = Backwards ? Stops.size () - 1 : 0;
+  else {
+    size_t At = static_cast<size_t> (Current - Stops.begin ());
+    Next = Backwards ? (At + Stops.size () - 1) % Stops.size () : (At + 1) % Stops.size ();
+  }
+  Wb.Table ()->SetFocus (Window, Stops[Next], 1);
+  Wb.PumpMessages ();
+  return true;
 }
 
 }  // namespace env

@@ -1,10 +1,12 @@
 // The user's mouse and keyboard on the desktop, turned into the window
 // base's and control driver's user actions: activating and moving windows,
-// the close box, menu buttons, buttons, list rows (select, open, context
-// click, scroll), tree items, combo boxes, log lines, popup items, keys
-// to the active window, tooltips of menu buttons under the pointer, and the
-// button of a message box being shown (which then takes all input). It knows the layout the renderer draws; it has no
-// display of its own (the SDL desktop feeds it, and tests can too).
+// the close box, resizing by the right and bottom borders, menu buttons,
+// buttons, list rows (select, open, context click, scroll), tree items,
+// combo boxes, log lines, popup items, keys to the active window (Tab that
+// the window leaves moves the focus), tooltips of menu buttons under the
+// pointer, and the button of a message box being shown (which then takes all
+// input). It knows the layout the renderer draws; it has no display of its
+// own (the SDL desktop feeds it, and tests can too).
 #pragma once
 
 #include <cstdint>
@@ -44,9 +46,14 @@ class DesktopInput {
                      bool Shift);
   bool ClickPopup (WINDOW_HEADER *Popup, int X, int Y);
   bool PointAt (int X, int Y);
+  bool ResizeTo (int X, int Y);
+  bool MoveFocus (WINDOW_HEADER *Window, bool Backwards);
   bool MessageBoxClick (int X, int Y);
   Environment &Env_;
   WINDOW_HEADER *Dragging_ = nullptr;
+  WINDOW_HEADER *Resizing_ = nullptr;
+  bool ResizeRight_ = false, ResizeBottom_ = false;
+  int SentWidth_ = 0, SentHeight_ = 0;
   int DragDx_ = 0, DragDy_ = 0;
   uint16_t Anchor_ = 0;
 };

@@ -358,3 +358,47 @@ TEST_F (DesktopInputTest, DesktopWindowShowsAMessageBoxUntilTheDesktopEnds) {
   EXPECT_EQ (Env ().gui ().PixelAt (L.X + L.Width / 2, L.Y + 4), env::colours::ActiveCaption);
   EXPECT_EQ (Env ().windows ().OpenMessageBox (), nullptr);
 }
+
+TEST_F (DesktopInputTest, BordersResizeAndTabMovesTheFocus) {
+  env::DesktopInput In (Env ());
+  WINDOW_HEADER *W = MakeWindow (100, 100, 400, 300);
+  // The bottom-right corner: one resize message per new size, with its fields.
+  Received.clear ();
+  EXPECT_TRUE (In.MouseDown (100 + 399, 100 + 299, env::MouseButton::Left, 1));
+  EXPECT_TRUE (In.MouseMove (100 + 449, 100 + 319));
+  EXPECT_FALSE (In.MouseMove (100 + 449, 100 + 319));
+  In.MouseUp (100 + 449, 100 + 319);
+  const MESSAGE *Resize = Last (MSG_RESIZE);
+  ASSERT_NE (Resize, nullptr);
+  EXPECT_EQ (Resize->Word2, 450);
+  EXPECT_EQ (Resize->Word4, 320);
+  // The right border changes only the width; the window does not move.
+  Received.clear ();
+  In.MouseDown (100 + 398, 200, env::MouseButton::Left, 1);
+  In.MouseMove (100 + 300, 260);
+  In.MouseUp (100 + 300, 260);
+  ASSERT_NE (Last (MSG_RESIZE), nullptr);
+  EXPECT_EQ (Last (MSG_RESIZE)->Word2, 302);
+  EXPECT_EQ (Last (MSG_RESIZE)->Word4, W->Height);
+  EXPECT_EQ (W->X, 100);
+  // Inside the window, away from the borders, nothing is resized.
+  Received.clear ();
+  In.MouseDown (200, 200, env::MouseButton::Left, 1);
+  In.MouseMove (250, 250);
+  In.MouseUp (250, 250);
+  EXPECT_EQ (Last (MSG_RESIZE), nullptr);
+
+  // Tab goes round the controls that take keys; Shift+Tab goes back.
+  LIST_CONTROL *List = Cd ()->CreateListView (W, 10, 40, 200, 100, 0);
+  Wb ()->CreateTextField (W, 10, 150, 100, 20, 0, TRUE, A ("label"));
+  CONTROL *Button = Wb ()->CreateButton (W, 40, A ("OK"), 10, 200, 80, 26, 0);
+  Wb ()->ActivateWindow (W);
+  EXPECT_TRUE (In.Key (0x09, 0, 0));
+  EXPECT_EQ (W->FocusControl, List);
+  EXPECT_TRUE (In.Key (0x09, 0, 0));
+  EXPECT_EQ (W->FocusControl, Button);
+  EXPECT_TRUE (In.Key (0x09, 0, 0));
+  EXPECT_EQ (W->FocusControl, List);
+  EXPECT_TRUE (In.Key (0x09, 0, KEY_STATE_VALID | KEY_STATE_LEFT_SHIFT));
+  EXPECT_EQ (W->FocusControl, Button);
+}
