@@ -7,7 +7,7 @@
 
 namespace surveyor {
 
-// Paints the whole screen and writes it as a PNG file.
+// Paints the whole screen and writes it as a PNG file (making its folder).
 bool SaveScreenshot (env::Environment &Env, const std::string &Path, std::string &Error);
 
 }  // namespace surveyor
