@@ -20,12 +20,14 @@ constexpr int kIconSize = 16;
 constexpr uint32_t kTooltipColour = 0xFFFFE1;
 constexpr const char *kOkText = "OK";
 
-// Where a text may be broken: after a space, or before any character when a
-// word is wider than the line. Two-byte GBK characters stay whole.
+// Bytes of the GBK character at At: two for a lead byte with a byte after it.
 size_t CharLength (const std::string &T, size_t At) {
   return static_cast<unsigned char> (T[At]) >= 0x81 && At + 1 < T.size () ? 2 : 1;
 }
 
+// Lines of at most Width pixels: broken after a space, or before any
+// character when a word is wider than the line; two-byte characters stay
+// whole, and the text's own line breaks are kept.
 std::vector<std::string> WrapText (const std::string &Text, int Width) {
   std::vector<std::string> Lines;
   size_t Start = 0;
@@ -147,7 +149,7 @@ class Painter {
     size_t End = 0;
     int Used = 0;
     while (End < T.size ()) {
-      size_t Len = static_cast<unsigned char> (T[End]) >= 0x81 && End + 1 < T.size () ? 2 : 1;
+      size_t Len = CharLength (T, End);
       int Cw = GuiDriver::TextWidth (T.substr (End, Len));
       if (Used + Cw > W) break;
       Used += Cw;
