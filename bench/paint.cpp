@@ -9,10 +9,10 @@
 #include "core/surveyor_protocol.h"
 #include "env/controls/control_driver.h"
 #include "env/environment.h"
-#include "filemanager/main_window.h"
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
+#include "filemanager/main_window.h"
 #include "services/service_ids.h"
 #include "support/driver_fixture.h"
 

@@ -74,17 +74,22 @@ bool DesktopInput::ClickPopup (WINDOW_HEADER *Popup, int X, int Y) {
     Wb.PumpMessages ();
     return true;
   }
-  for (const PopupItemInfo &It : Wb.PopupItems (Popup)) {
-    if (!It.Item || It.Separator) continue;
-    const CONTROL &R = It.Item->Control;
-    if (Inside (X, Y, Popup->X + R.X, Popup->Y + R.Y, R.Width, R.Height)) {
-      if (!It.Enabled) return false;
-      Wb.ChoosePopupItem (Popup, It.Text);
-      Wb.PumpMessages ();
-      return true;
-    }
+  std::vector<PopupItemInfo> Items = Wb.PopupItems (Popup);
+  int At = PopupItemAt (Popup, Items, X, Y);
+  if (At < 0 || !Items[At].Enabled) return false;
+  Wb.ChoosePopupItem (Popup, Items[At].Text);
+  Wb.PumpMessages ();
+  return true;
+}
+
+// Index of the item (not a separator) under a screen point, or -1.
+int DesktopInput::PopupItemAt (WINDOW_HEADER *Popup, const std::vector<PopupItemInfo> &Items, int X, int Y) const {
+  for (size_t I = 0; I < Items.size (); I++) {
+    if (!Items[I].Item || Items[I].Separator) continue;
+    const CONTROL &R = Items[I].Item->Control;
+    if (Inside (X, Y, Popup->X + R.X, Popup->Y + R.Y, R.Width, R.Height)) return static_cast<int> (I);
   }
-  return false;
+  return -1;
 }
 
 bool DesktopInput::MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl, bool Shift) {
@@ -244,12 +249,8 @@ bool DesktopInput::MouseMove (int X, int Y) {
     if (!Info) return false;
     int Before = Info->Highlight;
     std::vector<PopupItemInfo> Items = Wb.PopupItems (Popup);
-    Info->Highlight = -1;
-    for (size_t I = 0; I < Items.size (); I++) {
-      if (!Items[I].Item || Items[I].Separator || !Items[I].Enabled) continue;
-      const CONTROL &R = Items[I].Item->Control;
-      if (Inside (X, Y, Popup->X + R.X, Popup->Y + R.Y, R.Width, R.Height)) Info->Highlight = static_cast<int> (I);
-    }
+    int At = PopupItemAt (Popup, Items, X, Y);
+    Info->Highlight = At >= 0 && Items[At].Enabled ? At : -1;
     return Info->Highlight != Before;
   }
   if (Resizing_ && !Wb.IsWindow (Resizing_)) Resizing_ = nullptr;

@@ -10,7 +10,9 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
+#include "env/windows/window_base.h"
 #include "services/window_records.h"
 
 namespace env {
@@ -45,6 +47,7 @@ class DesktopInput {
   bool ClickControl (WINDOW_HEADER *Window, CONTROL *Control, int X, int Y, MouseButton Button, int Clicks, bool Ctrl,
                      bool Shift);
   bool ClickPopup (WINDOW_HEADER *Popup, int X, int Y);
+  int PopupItemAt (WINDOW_HEADER *Popup, const std::vector<PopupItemInfo> &Items, int X, int Y) const;
   bool PointAt (int X, int Y);
   bool ResizeTo (int X, int Y);
   bool MoveFocus (WINDOW_HEADER *Window, bool Backwards);
