@@ -28,12 +28,15 @@ struct OpenObject {
   bool Directory = false;
   bool Root = false;   // the volume's root (no "." or ".." records)
   int Fd = -1;         // files only
+  bool Listed = false; // ReadDirectory ran: Notes describe its result
+  LISTING_NOTES Notes {};
 };
 
 struct Mounted {
   std::string Folder;  // as given
   std::string Root;    // canonical
   unsigned Flushes = 0;
+  LISTING_NOTES LeftOut {};   // summed over every listing since the mount
 };
 
 std::string Canonical (const std::string &Folder) {
@@ -197,21 +200,47 @@ DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
   OpenObject *Object = S.Find (Handle);
   if (Object == nullptr || !Object->Directory) return nullptr;
   const std::string &Root = S.Volumes[Object->Volume].Root;
+  LISTING_NOTES &Notes = Object->Notes;
+  Notes = LISTING_NOTES {};
+  Object->Listed = true;
+  // Whatever the listing leaves out is added to the volume's totals on return.
+  struct Totals {
+    LISTING_NOTES &Notes, &Sum;
+    ~Totals () {
+      Sum.NameTooLong += Notes.NameTooLong, Sum.NameUnusable += Notes.NameUnusable;
+      Sum.Unreadable += Notes.Unreadable, Sum.OverLimit += Notes.OverLimit;
+      Sum.FolderUnreadable += Notes.FolderUnreadable;
+    }
+  } AddUp {Notes, S.Volumes[Object->Volume].LeftOut};
 
   std::vector<std::pair<std::string, struct stat>> Found;
   DIR *Folder = ::opendir (Object->Host.c_str ());
-  if (Folder == nullptr) return nullptr;
+  if (Folder == nullptr) {
+    Notes.FolderUnreadable = 1;
+    return nullptr;
+  }
   std::string Prefix = Object->Host;
   if (Prefix.back () != '/') Prefix += '/';
   while (struct dirent *Item = ::readdir (Folder)) {
     std::string Name = Item->d_name;
     if (Name == "." || Name == "..") continue;
-    if (Name.size () > kMaxEntryName || Name.find ('\\') != std::string::npos) continue;
+    if (Name.size () > kMaxEntryName) {
+      Notes.NameTooLong++;
+      continue;
+    }
+    if (Name.find ('\\') != std::string::npos) {
+      Notes.NameUnusable++;
+      continue;
+    }
     struct stat Info;
     if (Item->d_type != DT_LNK && Item->d_type != DT_UNKNOWN) {
-      if (Item->d_type != DT_DIR && Item->d_type != DT_REG) continue;
-      if (::fstatat (dirfd (Folder), Item->d_name, &Info, AT_SYMLINK_NOFOLLOW) != 0) continue;
+      if ((Item->d_type != DT_DIR && Item->d_type != DT_REG) ||
+          ::fstatat (dirfd (Folder), Item->d_name, &Info, AT_SYMLINK_NOFOLLOW) != 0) {
+        Notes.Unreadable++;
+        continue;
+      }
     } else if (!FileDriver::State::Describe (Root, Prefix + Name, Info)) {
+      Notes.Unreadable++;
       continue;
     }
     Found.emplace_back (std::move (Name), Info);
@@ -230,9 +259,14 @@ DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
   }
 
   size_t Total = std::min<size_t> (Dots.size () + Found.size (), 0xFFFF);
+  Notes.OverLimit = static_cast<UINT32> (Dots.size () + Found.size () - Total);
   if (Total == 0) return nullptr;
   auto *Entries = static_cast<DIRECTORY_ENTRY *> (S.Fw->AllocatePool (Total * sizeof (DIRECTORY_ENTRY)));
-  if (Entries == nullptr) return nullptr;
+  if (Entries == nullptr) {
+    Notes.FolderUnreadable = 1;
+    return nullptr;
+  }
+  Notes.Listed = static_cast<UINT32> (Total);
   size_t Index = 0;
   for (auto &Dot : Dots) FillEntry (Entries[Index++], Dot.first, Dot.second, true);
   for (size_t I = 0; Index < Total; I++) FillEntry (Entries[Index++], Found[I].first, Found[I].second, false);
@@ -350,6 +384,14 @@ BOOLEAN EFIAPI RenamePath (UINT8 Volume, const CHAR8 *Path, const CHAR8 *NewName
   return ::rename (Where.Host.c_str (), Target.c_str ()) == 0 ? TRUE : FALSE;
 }
 
+BOOLEAN EFIAPI GetListingNotes (UINT16 Handle, LISTING_NOTES *Notes) {
+  if (Current == nullptr || Notes == nullptr || Handle == 0 || Handle > 0x7FFF) return FALSE;
+  OpenObject *Object = Current->Find (Handle);
+  if (Object == nullptr || !Object->Directory || !Object->Listed) return FALSE;
+  *Notes = Object->Notes;
+  return TRUE;
+}
+
 VOID EFIAPI FlushVolume (UINT8 Volume) {
   if (Current == nullptr || Volume >= VOLUME_COUNT) return;
   Current->Volumes[Volume].Flushes++;
@@ -376,6 +418,7 @@ FileDriver::FileDriver (Firmware &Fw, const std::string &SystemDir, uint32_t Ver
   T.CreateDirectory = CreateDirectory;
   T.RenamePath = RenamePath;
   T.FlushVolume = FlushVolume;
+  T.GetListingNotes = GetListingNotes;
   S.Previous = Current;
   Current = &S;
 }
@@ -460,6 +503,11 @@ void FileDriver::UnregisterService (const EFI_GUID &Guid) {
 unsigned FileDriver::FlushCount (int Volume) const {
   if (Volume < 0 || Volume >= VOLUME_COUNT) return 0;
   return State_->Volumes[Volume].Flushes;
+}
+
+LISTING_NOTES FileDriver::LeftOutTotals (int Volume) const {
+  if (Volume < 0 || Volume >= VOLUME_COUNT) return {};
+  return State_->Volumes[Volume].LeftOut;
 }
 
 size_t FileDriver::OpenHandleCount () const { return State_->Handles.size (); }

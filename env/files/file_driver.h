@@ -76,6 +76,9 @@ class FileDriver {
   // For tests and the other siblings.
   unsigned FlushCount (int Volume) const;
   size_t OpenHandleCount () const;
+  // What the listings of a volume left out since it was mounted, summed by
+  // reason (FolderUnreadable counts folders); Listed is not summed.
+  LISTING_NOTES LeftOutTotals (int Volume) const;
   bool WriteProtected (int Volume) const;   // false for a volume not mounted
   // The confined host path of a volume path, empty when refused or no volume.
   std::string ResolvePath (int Volume, const char *Path) const;

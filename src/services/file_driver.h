@@ -50,6 +50,19 @@ typedef struct {
   UINT8 Reserved4[14];         // 34
 } FILE_INFO;
 
+// What the last ReadDirectory of a handle could not put in its array, by
+// reason, so that a window can say so instead of showing less in silence.
+typedef struct {
+  UINT32 Listed;               // 0  records handed out ("." and ".." included)
+  UINT32 NameTooLong;          // 4  names longer than the 191 bytes a record holds
+  UINT32 NameUnusable;         // 8  names no volume path can reach (holding "\\")
+  UINT32 Unreadable;           // 12 entries whose kind or details could not be read: links leading
+                               //    nowhere or out of the volume, devices, pipes, I/O errors
+  UINT32 OverLimit;            // 16 entries beyond the 65535 records of one listing
+  UINT8 FolderUnreadable;      // 20 the folder itself could not be read (ReadDirectory gave null)
+  UINT8 Reserved[3];           // 21
+} LISTING_NOTES;
+
 typedef struct FILE_DRIVER_PROTOCOL {
   UINT32 Version;                          // 0  9
   UINT32 Reserved;                         // 4
@@ -71,6 +84,9 @@ typedef struct FILE_DRIVER_PROTOCOL {
   BOOLEAN (EFIAPI *CreateDirectory) (UINT8 Volume, const CHAR8 *Path, UINT8 Mode);
   BOOLEAN (EFIAPI *RenamePath) (UINT8 Volume, const CHAR8 *Path, const CHAR8 *NewName);
   VOID (EFIAPI *FlushVolume) (UINT8 Volume);
+  // Fills Notes for the handle's last ReadDirectory; FALSE for a handle that
+  // is not an open directory or was never read.
+  BOOLEAN (EFIAPI *GetListingNotes) (UINT16 Handle, LISTING_NOTES *Notes);
 } FILE_DRIVER_PROTOCOL;
 
 static_assert (sizeof (VOLUME_RECORD) == 152);
@@ -84,4 +100,5 @@ static_assert (offsetof (DIRECTORY_ENTRY, Matched) == 208 && offsetof (DIRECTORY
 static_assert (sizeof (FILE_INFO) == 48);
 static_assert (offsetof (FILE_INFO, TimeStamp) == 16 && offsetof (FILE_INFO, EntryWord) == 24);
 static_assert (offsetof (FILE_INFO, IsDirectory) == 33);
+static_assert (sizeof (LISTING_NOTES) == 24);
 static_assert (offsetof (FILE_DRIVER_PROTOCOL, Version) == 0 && offsetof (FILE_DRIVER_PROTOCOL, Volumes) == 8);
