@@ -7,6 +7,8 @@
 #include <fstream>
 
 #include "env/files/file_driver.h"
+#include "env/host/environment.h"
+#include "env/host/folder_fs.h"
 #include "support/driver_fixture.h"
 
 namespace {
@@ -19,10 +21,10 @@ void BM_ReadDirectory4096 (benchmark::State &State) {
     std::ofstream (Folder.Path () / Name) << I;
   }
   env::Firmware Fw;
-  env::FileDriver Files (Fw, System.Path ().string (), 9);
+  env::FileDriver Files (env::OpenFolderVolume (System.Path ().string ()), 9);
   env::VolumeSpec Spec;
   Spec.Folder = Folder.Path ().string ();
-  UINT8 Volume = static_cast<UINT8> (Files.Mount (Spec));
+  UINT8 Volume = static_cast<UINT8> (env::MountFolder (Files, Spec));
   FILE_DRIVER_PROTOCOL *T = Files.Table ();
 
   for (auto _ : State) {

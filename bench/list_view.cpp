@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "env/controls/control_driver.h"
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "env/windows/window_base.h"
 
 namespace {

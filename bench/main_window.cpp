@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "core/surveyor_protocol.h"
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "env/windows/window_base.h"
 #include "filemanager/listing.h"
 #include "services/service_ids.h"

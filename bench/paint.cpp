@@ -8,7 +8,7 @@
 
 #include "core/surveyor_protocol.h"
 #include "env/controls/control_driver.h"
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
@@ -114,7 +114,7 @@ BENCHMARK (BM_RepaintAfterOneRowChanges)->Unit (benchmark::kMillisecond);
 
 struct Screen {
   env::Firmware Fw;
-  env::GuiDriver Gui {Fw, 1024, 768, 5};
+  env::GuiDriver Gui {1024, 768, 5};
 };
 
 void BM_FillScreen (benchmark::State &State) {

@@ -8,6 +8,8 @@ namespace env {
 
 inline char AsciiUpper (char Ch) { return Ch >= 'a' && Ch <= 'z' ? static_cast<char> (Ch - 'a' + 'A') : Ch; }
 
+inline char AsciiLower (char Ch) { return Ch >= 'A' && Ch <= 'Z' ? static_cast<char> (Ch - 'A' + 'a') : Ch; }
+
 inline bool EqualIgnoringAsciiCase (std::string_view A, std::string_view B) {
   if (A.size () != B.size ()) return false;
   for (size_t I = 0; I < A.size (); I++)

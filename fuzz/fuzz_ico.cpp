@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "env/images/codecs.h"
 #include "env/images/ico_decoder.h"
 
 namespace {

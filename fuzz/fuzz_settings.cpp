@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "env/firmware/firmware.h"
+#include "env/host/firmware.h"
 #include "env/settings/settings_service.h"
 
 extern "C" int LLVMFuzzerTestOneInput (const uint8_t *Data, size_t Size) {

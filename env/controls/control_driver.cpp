@@ -25,8 +25,8 @@ Object *As (const void *Target) {
 
 ControlDriver::State *CurrentControls () { return Current; }
 
-ControlDriver::State::State (Firmware &F, WindowBase &Windows, GuiDriver &G)
-    : Fw (F), Base (Windows.Internal ()), Gui (G) {}
+ControlDriver::State::State (WindowBase &Windows, GuiDriver &G)
+    : Base (Windows.Internal ()), Gui (G) {}
 
 std::string EntryName (const void *Entry) {
   if (Entry == nullptr) return {};
@@ -152,8 +152,8 @@ VOID EFIAPI OpShowLine (LOG_VIEW *Target, UINT16 Line) {
 
 // ------------------------------------------------------------ the class
 
-ControlDriver::ControlDriver (Firmware &Fw, WindowBase &Windows, GuiDriver &Gui, uint32_t Version)
-    : State_ (new State (Fw, Windows, Gui)) {
+ControlDriver::ControlDriver (WindowBase &Windows, GuiDriver &Gui, uint32_t Version)
+    : State_ (new State (Windows, Gui)) {
   Current = State_.get ();
   CONTROL_DRIVER_PROTOCOL &T = State_->Table;
   T.Version = Version;

@@ -41,7 +41,7 @@
 #include <string>
 #include <vector>
 
-#include "env/environment.h"
+#include "env/siblings.h"
 #include "services/control_driver.h"
 
 namespace env {
@@ -54,7 +54,7 @@ struct ListColumnInfo {
 
 class ControlDriver {
  public:
-  ControlDriver (Firmware &Fw, WindowBase &Windows, GuiDriver &Gui, uint32_t Version);
+  ControlDriver (WindowBase &Windows, GuiDriver &Gui, uint32_t Version);
   ~ControlDriver ();
   ControlDriver (const ControlDriver &) = delete;
   ControlDriver &operator= (const ControlDriver &) = delete;

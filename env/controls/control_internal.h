@@ -17,8 +17,7 @@ constexpr uint16_t kScrollBarWidth = 16;
 constexpr size_t kMaxEditText = 191;
 
 struct ControlDriver::State {
-  State (Firmware &Fw, WindowBase &Windows, GuiDriver &Gui);
-  Firmware &Fw;
+  State (WindowBase &Windows, GuiDriver &Gui);
   WindowBase::State &Base;
   GuiDriver &Gui;
   CONTROL_DRIVER_PROTOCOL Table {};

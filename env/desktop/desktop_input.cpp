@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "env/controls/control_driver.h"
-#include "env/environment.h"
+#include "env/siblings.h"
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
@@ -22,7 +22,7 @@ constexpr UINT32 kShiftKeys = KEY_STATE_LEFT_SHIFT | KEY_STATE_RIGHT_SHIFT;
 
 }  // namespace
 
-DesktopInput::DesktopInput (Environment &Env) : Env_ (Env) {}
+DesktopInput::DesktopInput (Siblings &Env) : Env_ (Env) {}
 
 WINDOW_HEADER *DesktopInput::WindowAt (int X, int Y) const {
   std::vector<WINDOW_HEADER *> Windows = Env_.windows ().TopLevelWindows ();

@@ -17,13 +17,13 @@
 
 namespace env {
 
-class Environment;
+class Siblings;
 
 enum class MouseButton { Left, Right };
 
 class DesktopInput {
  public:
-  explicit DesktopInput (Environment &Env);
+  explicit DesktopInput (Siblings &Env);
 
   // Clicks is 2 for a double click. Returns true when something reacted.
   bool MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl = false, bool Shift = false);
@@ -52,7 +52,7 @@ class DesktopInput {
   bool ResizeTo (int X, int Y);
   bool MoveFocus (WINDOW_HEADER *Window, bool Backwards);
   bool MessageBoxClick (int X, int Y);
-  Environment &Env_;
+  Siblings &Env_;
   WINDOW_HEADER *Dragging_ = nullptr;
   WINDOW_HEADER *Resizing_ = nullptr;
   bool ResizeRight_ = false, ResizeBottom_ = false;

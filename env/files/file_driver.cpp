@@ -1,119 +1,144 @@
 #include "env/files/file_driver.h"
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <ctime>
-#include <filesystem>
+#include <map>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
-#include "env/files/host_path.h"
+#include "env/ascii_case.h"
 #include "env/files/resource_file.h"
+#include "env/files/volume_path.h"
+#include "env/pool.h"
 
 namespace env {
 
 namespace {
 
+constexpr size_t kRememberedListings = 16;
+constexpr size_t kMaxResourceFile = 16u << 20;
+
 struct OpenObject {
   int Volume = -1;
-  std::string Host;
+  std::shared_ptr<FsNode> Node;
+  std::vector<std::string> Path;   // components from the root
   bool Directory = false;
-  bool Root = false;   // the volume's root (no "." or ".." records)
-  int Fd = -1;         // files only
-  bool Listed = false; // ReadDirectory ran: Notes describe its result
+  NodeInfo Self, Parent;           // as found when opened ("." and ".." records)
+  bool Listed = false;             // ReadDirectory ran: Notes describe its result
   LISTING_NOTES Notes {};
 };
 
-struct Mounted {
-  std::string Folder;  // as given
-  std::string Root;    // canonical
-  unsigned Flushes = 0;
-  LISTING_NOTES LeftOut {};   // summed over every listing since the mount
+// The directory a path led to last, kept for the next path below it.
+struct DirectoryCache {
+  std::vector<std::string> Path;
+  std::shared_ptr<FsNode> Node;
 };
 
-std::string Canonical (const std::string &Folder) {
-  std::error_code Error;
-  std::filesystem::path Real = std::filesystem::weakly_canonical (std::filesystem::absolute (Folder, Error), Error);
-  if (Error) return {};
-  std::string Text = Real.native ();
-  while (Text.size () > 1 && Text.back () == '/') Text.pop_back ();
-  return Text;
-}
+struct Listing {
+  std::vector<std::string> Path;
+  std::vector<ListedEntry> Entries;
+};
 
-char Lower (char C) { return (C >= 'A' && C <= 'Z') ? static_cast<char> (C - 'A' + 'a') : C; }
+struct MountedVolume {
+  std::unique_ptr<VolumeFs> Fs;
+  unsigned Flushes = 0;
+  LISTING_NOTES LeftOut {};
+  DirectoryCache Cache;
+  std::vector<Listing> Listings;   // the latest listings, newest last
+};
 
 // Folders first, then files; by name without case, then byte by byte.
-bool ListedBefore (const std::pair<std::string, struct stat> &A, const std::pair<std::string, struct stat> &B) {
-  bool DirA = S_ISDIR (A.second.st_mode), DirB = S_ISDIR (B.second.st_mode);
+bool ListedBefore (const ListedEntry &A, const ListedEntry &B) {
+  bool DirA = A.Info.Kind == NodeKind::Directory, DirB = B.Info.Kind == NodeKind::Directory;
   if (DirA != DirB) return DirA;
-  const std::string &X = A.first, &Y = B.first;
+  const std::string &X = A.Name, &Y = B.Name;
   size_t N = std::min (X.size (), Y.size ());
   for (size_t I = 0; I < N; I++) {
-    unsigned char Cx = static_cast<unsigned char> (Lower (X[I])), Cy = static_cast<unsigned char> (Lower (Y[I]));
+    auto Cx = static_cast<unsigned char> (AsciiLower (X[I])), Cy = static_cast<unsigned char> (AsciiLower (Y[I]));
     if (Cx != Cy) return Cx < Cy;
   }
   if (X.size () != Y.size ()) return X.size () < Y.size ();
   return X < Y;
 }
 
-void FillEntry (DIRECTORY_ENTRY &Entry, const std::string &Name, const struct stat &Info, bool Dots) {
+void FillEntry (DIRECTORY_ENTRY &Entry, const std::string &Name, const NodeInfo &Info, bool Dots) {
   std::memset (&Entry, 0, sizeof (Entry));
   std::memcpy (Entry.Name, Name.data (), std::min (Name.size (), sizeof (Entry.Name) - 1));
-  bool Directory = S_ISDIR (Info.st_mode);
-  Entry.Size = (Directory || Dots) ? 0 : static_cast<UINT64> (Info.st_size);
-  time_t When = Info.st_mtim.tv_sec;
-  struct tm Local {};
-  if (localtime_r (&When, &Local) != nullptr) {
-    Entry.Year = static_cast<UINT16> (Local.tm_year + 1900);
-    Entry.Month = static_cast<UINT8> (Local.tm_mon + 1);
-    Entry.Day = static_cast<UINT8> (Local.tm_mday);
-    Entry.Hour = static_cast<UINT8> (Local.tm_hour);
-    Entry.Minute = static_cast<UINT8> (Local.tm_min);
-    Entry.Second = static_cast<UINT8> (Local.tm_sec);
-  }
+  bool Directory = Info.Kind == NodeKind::Directory;
+  Entry.Size = (Directory || Dots) ? 0 : Info.Size;
+  Entry.Year = Info.Modified.Year;
+  Entry.Month = Info.Modified.Month;
+  Entry.Day = Info.Modified.Day;
+  Entry.Hour = Info.Modified.Hour;
+  Entry.Minute = Info.Modified.Minute;
+  Entry.Second = Info.Modified.Second;
   Entry.IsDirectory = Directory ? 1 : 0;
-  Entry.EntryWord = static_cast<UINT32> (Info.st_ino);
+  Entry.EntryWord = Info.EntryWord;
 }
 
 bool SameGuid (const EFI_GUID &A, const EFI_GUID &B) { return std::memcmp (&A, &B, sizeof (EFI_GUID)) == 0; }
 
+bool BareName (const CHAR8 *Name) {
+  if (Name == nullptr) return false;
+  const char *Text = reinterpret_cast<const char *> (Name);
+  size_t Length = 0;
+  while (Length <= kMaxEntryName && Text[Length] != '\0') {
+    if (Text[Length] == '\\' || Text[Length] == '/') return false;
+    Length++;
+  }
+  if (Length == 0 || Length > kMaxEntryName) return false;
+  return std::strcmp (Text, ".") != 0 && std::strcmp (Text, "..") != 0;
+}
+
+void AddNotes (LISTING_NOTES &Sum, const LISTING_NOTES &Notes) {
+  Sum.NameTooLong += Notes.NameTooLong, Sum.NameUnusable += Notes.NameUnusable;
+  Sum.Unreadable += Notes.Unreadable, Sum.OverLimit += Notes.OverLimit;
+  Sum.FolderUnreadable += Notes.FolderUnreadable;
+}
+
 }  // namespace
 
+bool SameEntryName (const std::string &A, const std::string &B, bool CaseInsensitive) {
+  return CaseInsensitive ? EqualIgnoringAsciiCase (A, B) : A == B;
+}
+
+bool ReadWhole (FsNode &File, std::vector<uint8_t> &Bytes, size_t Limit) {
+  NodeInfo Info;
+  if (!File.Describe (Info) || Info.Kind != NodeKind::File || Info.Size > Limit) return false;
+  Bytes.resize (static_cast<size_t> (Info.Size));
+  size_t Done = 0;
+  while (Done < Bytes.size ()) {
+    uint32_t Chunk = static_cast<uint32_t> (std::min<size_t> (Bytes.size () - Done, 1u << 20));
+    uint32_t Got = File.ReadAt (Done, Bytes.data () + Done, Chunk);
+    if (Got == 0) break;
+    Done += Got;
+  }
+  // A file that shrank meanwhile, or could not be read whole, is refused.
+  return Done == Bytes.size ();
+}
+
 struct FileDriver::State {
-  Firmware *Fw = nullptr;
   FileDriver *Owner = nullptr;
   State *Previous = nullptr;   // the driver that was current before this one
   FILE_DRIVER_PROTOCOL Table {};
-  std::string System;          // as given
-  std::string SystemRoot;      // canonical
-  Mounted Volumes[VOLUME_COUNT];
+  std::unique_ptr<VolumeFs> System;
+  struct CachedResource {
+    std::string Path;
+    NodeInfo Info;
+    std::string Text;
+  } Resource;
+  MountedVolume Volumes[VOLUME_COUNT];
   std::vector<std::pair<EFI_GUID, VOID *>> Services;
   std::unordered_map<uint16_t, OpenObject> Handles;
   uint16_t NextHandle = 1;
 
-  bool ValidVolume (UINT8 Volume) const { return Volume < VOLUME_COUNT && Table.Volumes[Volume].InUse != 0; }
-  bool Protected (UINT8 Volume) const { return (Table.Volumes[Volume].Flags & VOLUME_FLAG_WRITE_PROTECTED) != 0; }
-
-  bool Resolve (UINT8 Volume, const CHAR8 *Path, ResolvedPath &Out) const {
-    if (!ValidVolume (Volume)) return false;
-    return ResolveVolumePath (Volumes[Volume].Root, reinterpret_cast<const char *> (Path), Out);
+  bool ValidVolume (int Volume) const {
+    return Volume >= 0 && Volume < VOLUME_COUNT && Table.Volumes[Volume].InUse != 0 && Volumes[Volume].Fs;
   }
-
-  // Information about a host object, following links that stay inside Root.
-  static bool Describe (const std::string &Root, const std::string &Host, struct stat &Info) {
-    struct stat Link;
-    if (lstat (Host.c_str (), &Link) != 0) return false;
-    if (S_ISLNK (Link.st_mode) && !StaysInside (Root, Host)) return false;
-    if (stat (Host.c_str (), &Info) != 0) return false;
-    return S_ISDIR (Info.st_mode) || S_ISREG (Info.st_mode);
+  bool Protected (int Volume) const { return (Table.Volumes[Volume].Flags & VOLUME_FLAG_WRITE_PROTECTED) != 0; }
+  bool Fat (int Volume) const {
+    uint8_t Type = Table.Volumes[Volume].FileSystemType;
+    return Type == kFileSystemFat32 || Type == kFileSystemKeldarFat;
   }
 
   OpenObject *Find (UINT16 Handle) {
@@ -121,11 +146,79 @@ struct FileDriver::State {
     return It == Handles.end () ? nullptr : &It->second;
   }
 
-  void Close (uint16_t Handle) {
-    auto It = Handles.find (Handle);
-    if (It == Handles.end ()) return;
-    if (It->second.Fd >= 0) ::close (It->second.Fd);
-    Handles.erase (It);
+  // Walks Components from the root of Fs (or from the cached directory
+  // above them); Parent receives the description of the last directory
+  // passed. Null when some component cannot be opened.
+  std::shared_ptr<FsNode> Walk (VolumeFs &Fs, DirectoryCache *Cache, const std::vector<std::string> &Components,
+                                NodeInfo *Parent) {
+    size_t Start = 0;
+    std::shared_ptr<FsNode> Node;
+    if (Cache != nullptr && Cache->Node && Cache->Path.size () <= Components.size () &&
+        std::equal (Cache->Path.begin (), Cache->Path.end (), Components.begin ()) &&
+        Fs.StillAt (*Cache->Node, Cache->Path)) {
+      Node = Cache->Node;
+      Start = Cache->Path.size ();
+    } else {
+      Node = Fs.OpenRoot ();
+    }
+    std::shared_ptr<FsNode> Above = Node;
+    for (size_t I = Start; Node && I < Components.size (); I++) {
+      std::shared_ptr<FsNode> Next = Node->Open (Components[I]);
+      // A directory on the way is kept for the next walk below it.
+      if (Next && Cache != nullptr && I + 1 < Components.size ()) {
+        Cache->Path.assign (Components.begin (), Components.begin () + static_cast<long> (I) + 1);
+        Cache->Node = Next;
+      }
+      Above = std::move (Node);
+      Node = std::move (Next);
+    }
+    if (Parent != nullptr && Above) Above->Describe (*Parent);
+    return Node;
+  }
+
+  std::shared_ptr<FsNode> OpenOnVolume (int Volume, const std::vector<std::string> &Components, NodeInfo *Parent) {
+    MountedVolume &V = Volumes[Volume];
+    return Walk (*V.Fs, &V.Cache, Components, Parent);
+  }
+
+  void Remember (int Volume, const std::vector<std::string> &Path, const std::vector<ListedEntry> &Entries) {
+    auto &List = Volumes[Volume].Listings;
+    List.erase (std::remove_if (List.begin (), List.end (), [&] (const Listing &L) { return L.Path == Path; }),
+                List.end ());
+    if (List.size () >= kRememberedListings) List.erase (List.begin ());
+    List.push_back (Listing {Path, Entries});
+  }
+
+  // The description of Name in a listing of Directory made now; false when
+  // the name is not there (compared as the volume compares names).
+  bool FindNow (int Volume, FsNode &Directory, const std::string &Name, std::string *Found = nullptr) {
+    std::vector<ListedEntry> Entries;
+    ListGaps Gaps;
+    if (!Directory.List (Entries, Gaps)) return false;
+    for (const ListedEntry &E : Entries)
+      if (SameEntryName (E.Name, Name, Fat (Volume))) {
+        if (Found != nullptr) *Found = E.Name;
+        return true;
+      }
+    return false;
+  }
+
+  bool ReadResource (const char *File, std::string &Text) {
+    std::vector<std::string> Components;
+    if (!System || !SplitVolumePath (File, Components) || Components.empty ()) return false;
+    std::shared_ptr<FsNode> Node = Walk (*System, nullptr, Components, nullptr);
+    NodeInfo Info;
+    if (!Node || !Node->Describe (Info) || Info.Kind != NodeKind::File) return false;
+    if (Resource.Path == File && Resource.Info.Identity == Info.Identity && Resource.Info.Size == Info.Size &&
+        Resource.Info.TimeStamp == Info.TimeStamp) {
+      Text = Resource.Text;
+      return true;
+    }
+    std::vector<uint8_t> Bytes;
+    if (!ReadWhole (*Node, Bytes, kMaxResourceFile)) return false;
+    Resource = CachedResource {File, Info, std::string (Bytes.begin (), Bytes.end ())};
+    Text = Resource.Text;
+    return true;
   }
 };
 
@@ -142,21 +235,10 @@ VOID *EFIAPI LocateService (const EFI_GUID *Identifier) {
 
 BOOLEAN EFIAPI ReadResourceString (const CHAR8 *File, const CHAR8 *Section, const CHAR8 *Key, CHAR8 *Buffer) {
   if (Current == nullptr || File == nullptr || Key == nullptr || Buffer == nullptr) return FALSE;
-  if (Current->SystemRoot.empty ()) return FALSE;
-  ResolvedPath Where;
-  if (!ResolveVolumePath (Current->SystemRoot, reinterpret_cast<const char *> (File), Where)) return FALSE;
-  struct stat Info;
-  if (!FileDriver::State::Describe (Current->SystemRoot, Where.Host, Info) || !S_ISREG (Info.st_mode)) return FALSE;
-  if (static_cast<uint64_t> (Info.st_size) > kMaxReadFile) return FALSE;
-  std::FILE *Stream = std::fopen (Where.Host.c_str (), "rb");
-  if (Stream == nullptr) return FALSE;
-  std::string Text;
-  char Chunk[65536];
-  size_t Got;
-  while ((Got = std::fread (Chunk, 1, sizeof (Chunk), Stream)) > 0) Text.append (Chunk, Got);
-  std::fclose (Stream);
-  std::string Value;
-  if (!LookupResourceString (Text, reinterpret_cast<const char *> (Section), reinterpret_cast<const char *> (Key), Value))
+  std::string Text, Value;
+  if (!Current->ReadResource (reinterpret_cast<const char *> (File), Text)) return FALSE;
+  if (!LookupResourceString (Text, reinterpret_cast<const char *> (Section), reinterpret_cast<const char *> (Key),
+                             Value))
     return FALSE;
   std::memcpy (Buffer, Value.data (), Value.size ());
   Buffer[Value.size ()] = 0;
@@ -166,21 +248,16 @@ BOOLEAN EFIAPI ReadResourceString (const CHAR8 *File, const CHAR8 *Section, cons
 UINT16 EFIAPI OpenDirectory (UINT8 Volume, const CHAR8 *Path) {
   if (Current == nullptr) return 0;
   FileDriver::State &S = *Current;
-  ResolvedPath Where;
-  if (!S.Resolve (Volume, Path, Where)) return 0;
+  std::vector<std::string> Components;
+  if (!S.ValidVolume (Volume) || !SplitVolumePath (reinterpret_cast<const char *> (Path), Components)) return 0;
   if (S.Handles.size () >= kMaxOpenHandles) return 0;
-  struct stat Info;
-  if (!FileDriver::State::Describe (S.Volumes[Volume].Root, Where.Host, Info)) return 0;
-
   OpenObject Object;
+  Object.Node = S.OpenOnVolume (Volume, Components, &Object.Parent);
+  if (!Object.Node || !Object.Node->Describe (Object.Self)) return 0;
+  if (Components.empty ()) Object.Parent = Object.Self;
   Object.Volume = Volume;
-  Object.Host = Where.Host;
-  Object.Directory = S_ISDIR (Info.st_mode);
-  Object.Root = Where.Components.empty ();
-  if (!Object.Directory) {
-    Object.Fd = ::open (Where.Host.c_str (), O_RDONLY | O_CLOEXEC);
-    if (Object.Fd < 0) return 0;
-  }
+  Object.Directory = Object.Self.Kind == NodeKind::Directory;
+  Object.Path = std::move (Components);
   uint16_t Handle = S.NextHandle;
   while (S.Handles.count (Handle) != 0) Handle = static_cast<uint16_t> (Handle % 0x7FFF + 1);
   S.NextHandle = static_cast<uint16_t> (Handle % 0x7FFF + 1);
@@ -190,7 +267,7 @@ UINT16 EFIAPI OpenDirectory (UINT8 Volume, const CHAR8 *Path) {
 
 VOID EFIAPI CloseHandle (UINT16 Handle) {
   if (Current == nullptr || Handle == 0 || Handle > 0x7FFF) return;
-  Current->Close (Handle);
+  Current->Handles.erase (Handle);
 }
 
 DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
@@ -199,77 +276,41 @@ DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
   FileDriver::State &S = *Current;
   OpenObject *Object = S.Find (Handle);
   if (Object == nullptr || !Object->Directory) return nullptr;
-  const std::string &Root = S.Volumes[Object->Volume].Root;
   LISTING_NOTES &Notes = Object->Notes;
   Notes = LISTING_NOTES {};
   Object->Listed = true;
-  // Whatever the listing leaves out is added to the volume's totals on return.
-  struct Totals {
-    LISTING_NOTES &Notes, &Sum;
-    ~Totals () {
-      Sum.NameTooLong += Notes.NameTooLong, Sum.NameUnusable += Notes.NameUnusable;
-      Sum.Unreadable += Notes.Unreadable, Sum.OverLimit += Notes.OverLimit;
-      Sum.FolderUnreadable += Notes.FolderUnreadable;
-    }
-  } AddUp {Notes, S.Volumes[Object->Volume].LeftOut};
 
-  std::vector<std::pair<std::string, struct stat>> Found;
-  DIR *Folder = ::opendir (Object->Host.c_str ());
-  if (Folder == nullptr) {
+  std::vector<ListedEntry> Found;
+  ListGaps Gaps;
+  bool Read = Object->Node->List (Found, Gaps);
+  Notes.NameTooLong = Gaps.NameTooLong;
+  Notes.NameUnusable = Gaps.NameUnusable;
+  Notes.Unreadable = Gaps.Unreadable;
+  if (!Read) {
     Notes.FolderUnreadable = 1;
+    AddNotes (S.Volumes[Object->Volume].LeftOut, Notes);
     return nullptr;
   }
-  std::string Prefix = Object->Host;
-  if (Prefix.back () != '/') Prefix += '/';
-  while (struct dirent *Item = ::readdir (Folder)) {
-    std::string Name = Item->d_name;
-    if (Name == "." || Name == "..") continue;
-    if (Name.size () > kMaxEntryName) {
-      Notes.NameTooLong++;
-      continue;
-    }
-    if (Name.find ('\\') != std::string::npos) {
-      Notes.NameUnusable++;
-      continue;
-    }
-    struct stat Info;
-    if (Item->d_type != DT_LNK && Item->d_type != DT_UNKNOWN) {
-      if ((Item->d_type != DT_DIR && Item->d_type != DT_REG) ||
-          ::fstatat (dirfd (Folder), Item->d_name, &Info, AT_SYMLINK_NOFOLLOW) != 0) {
-        Notes.Unreadable++;
-        continue;
-      }
-    } else if (!FileDriver::State::Describe (Root, Prefix + Name, Info)) {
-      Notes.Unreadable++;
-      continue;
-    }
-    Found.emplace_back (std::move (Name), Info);
-  }
-  ::closedir (Folder);
   std::sort (Found.begin (), Found.end (), ListedBefore);
+  S.Remember (Object->Volume, Object->Path, Found);
 
-  std::vector<std::pair<std::string, struct stat>> Dots;
-  if (!Object->Root) {
-    struct stat Self, Parent;
-    if (::stat (Object->Host.c_str (), &Self) != 0) return nullptr;
-    std::string Up = Object->Host.substr (0, Object->Host.rfind ('/'));
-    if (Up.empty () || ::stat (Up.c_str (), &Parent) != 0) Parent = Self;
-    Dots.emplace_back (".", Self);
-    Dots.emplace_back ("..", Parent);
+  size_t Dots = Object->Path.empty () ? 0 : 2;
+  size_t Total = std::min<size_t> (Dots + Found.size (), 0xFFFF);
+  Notes.OverLimit = static_cast<UINT32> (Dots + Found.size () - Total);
+  DIRECTORY_ENTRY *Entries = nullptr;
+  if (Total > 0) {
+    Entries = static_cast<DIRECTORY_ENTRY *> (PoolAllocate (Total * sizeof (DIRECTORY_ENTRY)));
+    if (Entries == nullptr) Notes.FolderUnreadable = 1;
   }
-
-  size_t Total = std::min<size_t> (Dots.size () + Found.size (), 0xFFFF);
-  Notes.OverLimit = static_cast<UINT32> (Dots.size () + Found.size () - Total);
-  if (Total == 0) return nullptr;
-  auto *Entries = static_cast<DIRECTORY_ENTRY *> (S.Fw->AllocatePool (Total * sizeof (DIRECTORY_ENTRY)));
-  if (Entries == nullptr) {
-    Notes.FolderUnreadable = 1;
-    return nullptr;
-  }
-  Notes.Listed = static_cast<UINT32> (Total);
+  AddNotes (S.Volumes[Object->Volume].LeftOut, Notes);
+  if (Entries == nullptr) return nullptr;
   size_t Index = 0;
-  for (auto &Dot : Dots) FillEntry (Entries[Index++], Dot.first, Dot.second, true);
-  for (size_t I = 0; Index < Total; I++) FillEntry (Entries[Index++], Found[I].first, Found[I].second, false);
+  if (Dots != 0) {
+    FillEntry (Entries[Index++], ".", Object->Self, true);
+    FillEntry (Entries[Index++], "..", Object->Parent, true);
+  }
+  for (size_t I = 0; Index < Total; I++) FillEntry (Entries[Index++], Found[I].Name, Found[I].Info, false);
+  Notes.Listed = static_cast<UINT32> (Total);
   *Count = static_cast<UINT16> (Total);
   return Entries;
 }
@@ -277,30 +318,23 @@ DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
 VOID *EFIAPI ReadFile (UINT8 Volume, const CHAR8 *Path, UINTN *Size) {
   if (Size != nullptr) *Size = 0;
   if (Current == nullptr || Size == nullptr) return nullptr;
-  FileDriver::State &S = *Current;
-  ResolvedPath Where;
-  if (!S.Resolve (Volume, Path, Where)) return nullptr;
-  struct stat Info;
-  if (!FileDriver::State::Describe (S.Volumes[Volume].Root, Where.Host, Info) || !S_ISREG (Info.st_mode)) return nullptr;
-  if (static_cast<uint64_t> (Info.st_size) > kMaxReadFile) return nullptr;
-  int Fd = ::open (Where.Host.c_str (), O_RDONLY | O_CLOEXEC);
-  if (Fd < 0) return nullptr;
-  size_t Length = static_cast<size_t> (Info.st_size);
-  auto *Buffer = static_cast<uint8_t *> (S.Fw->AllocatePool (Length == 0 ? 1 : Length));
-  if (Buffer == nullptr) {
-    ::close (Fd);
+  std::vector<std::string> Components;
+  if (!Current->ValidVolume (Volume) || !SplitVolumePath (reinterpret_cast<const char *> (Path), Components))
     return nullptr;
-  }
+  std::shared_ptr<FsNode> Node = Current->OpenOnVolume (Volume, Components, nullptr);
+  NodeInfo Info;
+  if (!Node || !Node->Describe (Info) || Info.Kind != NodeKind::File || Info.Size > kMaxReadFile) return nullptr;
+  size_t Length = static_cast<size_t> (Info.Size);
+  auto *Buffer = static_cast<uint8_t *> (PoolAllocate (Length == 0 ? 1 : Length));
+  if (Buffer == nullptr) return nullptr;
   size_t Done = 0;
   while (Done < Length) {
-    ssize_t Got = ::pread (Fd, Buffer + Done, Length - Done, static_cast<off_t> (Done));
-    if (Got < 0 && errno == EINTR) continue;
-    if (Got <= 0) break;
-    Done += static_cast<size_t> (Got);
+    uint32_t Got = Node->ReadAt (Done, Buffer + Done, static_cast<uint32_t> (std::min<size_t> (Length - Done, 1u << 20)));
+    if (Got == 0) break;
+    Done += Got;
   }
-  ::close (Fd);
   if (Done != Length) {   // the file shrank or could not be read whole
-    S.Fw->FreePool (Buffer);
+    PoolFree (Buffer);
     return nullptr;
   }
   *Size = Length;
@@ -310,78 +344,57 @@ VOID *EFIAPI ReadFile (UINT8 Volume, const CHAR8 *Path, UINTN *Size) {
 UINT32 EFIAPI ReadAt (UINT16 Handle, UINT64 Offset, VOID *Buffer, UINT32 Length) {
   if (Current == nullptr || Buffer == nullptr || Length == 0 || Handle == 0 || Handle > 0x7FFF) return 0;
   OpenObject *Object = Current->Find (Handle);
-  if (Object == nullptr || Object->Fd < 0) return 0;
-  if (Offset > static_cast<UINT64> (INT64_MAX)) return 0;
-  UINT32 Done = 0;
-  while (Done < Length) {
-    ssize_t Got = ::pread (Object->Fd, static_cast<uint8_t *> (Buffer) + Done, Length - Done,
-                           static_cast<off_t> (Offset + Done));
-    if (Got < 0 && errno == EINTR) continue;
-    if (Got <= 0) break;
-    Done += static_cast<UINT32> (Got);
-  }
-  return Done;
+  if (Object == nullptr || Object->Directory) return 0;
+  return Object->Node->ReadAt (Offset, Buffer, Length);
 }
 
 BOOLEAN EFIAPI GetFileInfo (UINT16 Handle, FILE_INFO *Info) {
   if (Current == nullptr || Info == nullptr) return FALSE;
   OpenObject *Object = Current->Find (Handle);
-  if (Object == nullptr) return FALSE;
-  struct stat Host;
-  int Result = Object->Fd >= 0 ? ::fstat (Object->Fd, &Host) : ::stat (Object->Host.c_str (), &Host);
-  if (Result != 0) return FALSE;
+  NodeInfo Node;
+  if (Object == nullptr || !Object->Node->Describe (Node)) return FALSE;
   // Only the first 40 bytes are written: every field lies there, and a caller
   // with a 40-byte record is served as well.
   std::memset (Info, 0, 40);
-  Info->Size = S_ISDIR (Host.st_mode) ? 0 : static_cast<UINT64> (Host.st_size);
-  Info->TimeStamp = (static_cast<UINT64> (Host.st_mtim.tv_sec) << 8) |
-                    (static_cast<UINT64> (Host.st_mtim.tv_nsec) * 256 / 1000000000ull);
-  Info->EntryWord = static_cast<UINT32> (Host.st_ino);
-  Info->IsDirectory = S_ISDIR (Host.st_mode) ? 1 : 0;
+  Info->Size = Node.Kind == NodeKind::Directory ? 0 : Node.Size;
+  Info->TimeStamp = Node.TimeStamp;
+  Info->EntryWord = Node.EntryWord;
+  Info->IsDirectory = Node.Kind == NodeKind::Directory ? 1 : 0;
   return TRUE;
-}
-
-bool BareName (const CHAR8 *Name) {
-  if (Name == nullptr) return false;
-  const char *Text = reinterpret_cast<const char *> (Name);
-  size_t Length = 0;
-  while (Length <= kMaxEntryName && Text[Length] != '\0') {
-    if (Text[Length] == '\\' || Text[Length] == '/') return false;
-    Length++;
-  }
-  if (Length == 0 || Length > kMaxEntryName) return false;
-  return std::strcmp (Text, ".") != 0 && std::strcmp (Text, "..") != 0;
 }
 
 BOOLEAN EFIAPI CreateDirectory (UINT8 Volume, const CHAR8 *Path, UINT8 Mode) {
   if (Current == nullptr || (Mode != 0 && Mode != 1)) return FALSE;
   FileDriver::State &S = *Current;
-  ResolvedPath Where;
-  if (!S.Resolve (Volume, Path, Where) || S.Protected (Volume) || Where.Components.empty ()) return FALSE;
-  if (Where.Components.back ().size () > kMaxEntryName) return FALSE;
-  struct stat Info;
-  if (::lstat (Where.Host.c_str (), &Info) == 0) return FALSE;
-  if (Mode == 1) return ::mkdir (Where.Host.c_str (), 0777) == 0 ? TRUE : FALSE;
-  int Fd = ::open (Where.Host.c_str (), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (Fd < 0) return FALSE;
-  ::close (Fd);
-  return TRUE;
+  if (!S.ValidVolume (Volume) || S.Protected (Volume)) return FALSE;
+  std::string Name;
+  std::vector<std::string> Components;
+  std::shared_ptr<FsNode> Parent = Current->Owner->OpenParent (Volume, reinterpret_cast<const char *> (Path), Name,
+                                                               &Components);
+  if (!Parent || Name.size () > kMaxEntryName || S.FindNow (Volume, *Parent, Name)) return FALSE;
+  return Parent->Create (Name, Mode == 1 ? NodeKind::Directory : NodeKind::File) ? TRUE : FALSE;
 }
 
 BOOLEAN EFIAPI RenamePath (UINT8 Volume, const CHAR8 *Path, const CHAR8 *NewName) {
   if (Current == nullptr || !BareName (NewName)) return FALSE;
   FileDriver::State &S = *Current;
-  ResolvedPath Where;
-  if (!S.Resolve (Volume, Path, Where) || S.Protected (Volume) || Where.Components.empty ()) return FALSE;
-  struct stat Info;
-  if (::lstat (Where.Host.c_str (), &Info) != 0) return FALSE;
-  std::string Target = Where.Host.substr (0, Where.Host.rfind ('/') + 1) + reinterpret_cast<const char *> (NewName);
-  if (Target == Where.Host) return FALSE;
-  if (::renameat2 (AT_FDCWD, Where.Host.c_str (), AT_FDCWD, Target.c_str (), RENAME_NOREPLACE) == 0) return TRUE;
-  if (errno != EINVAL && errno != ENOSYS) return FALSE;
-  // File systems without RENAME_NOREPLACE: check, then rename.
-  if (::lstat (Target.c_str (), &Info) == 0) return FALSE;
-  return ::rename (Where.Host.c_str (), Target.c_str ()) == 0 ? TRUE : FALSE;
+  if (!S.ValidVolume (Volume) || S.Protected (Volume)) return FALSE;
+  std::string Name, Existing;
+  std::shared_ptr<FsNode> Parent = Current->Owner->OpenParent (Volume, reinterpret_cast<const char *> (Path), Name);
+  std::string To = reinterpret_cast<const char *> (NewName);
+  if (!Parent || To == Name || !S.FindNow (Volume, *Parent, Name, &Existing)) return FALSE;
+  // Another entry of that name (a case change of the entry itself is no clash).
+  std::string Clash;
+  if (S.FindNow (Volume, *Parent, To, &Clash) && Clash != Existing) return FALSE;
+  bool Done = Parent->Rename (Existing, To);
+  Current->Owner->Forget (Volume);
+  return Done ? TRUE : FALSE;
+}
+
+VOID EFIAPI FlushVolume (UINT8 Volume) {
+  if (Current == nullptr || Volume >= VOLUME_COUNT) return;
+  Current->Volumes[Volume].Flushes++;
+  if (Current->ValidVolume (Volume)) Current->Volumes[Volume].Fs->Flush ();
 }
 
 BOOLEAN EFIAPI GetListingNotes (UINT16 Handle, LISTING_NOTES *Notes) {
@@ -392,19 +405,12 @@ BOOLEAN EFIAPI GetListingNotes (UINT16 Handle, LISTING_NOTES *Notes) {
   return TRUE;
 }
 
-VOID EFIAPI FlushVolume (UINT8 Volume) {
-  if (Current == nullptr || Volume >= VOLUME_COUNT) return;
-  Current->Volumes[Volume].Flushes++;
-}
-
 }  // namespace
 
-FileDriver::FileDriver (Firmware &Fw, const std::string &SystemDir, uint32_t Version) : State_ (new State) {
+FileDriver::FileDriver (std::unique_ptr<VolumeFs> System, uint32_t Version) : State_ (new State) {
   State &S = *State_;
-  S.Fw = &Fw;
   S.Owner = this;
-  S.System = SystemDir;
-  if (!SystemDir.empty ()) S.SystemRoot = Canonical (SystemDir);
+  S.System = std::move (System);
   FILE_DRIVER_PROTOCOL &T = S.Table;
   T.Version = Version;
   T.LocateService = LocateService;
@@ -424,8 +430,6 @@ FileDriver::FileDriver (Firmware &Fw, const std::string &SystemDir, uint32_t Ver
 }
 
 FileDriver::~FileDriver () {
-  for (auto &Entry : State_->Handles)
-    if (Entry.second.Fd >= 0) ::close (Entry.second.Fd);
   State_->Handles.clear ();
   if (Current == State_.get ()) {
     Current = State_->Previous;
@@ -441,12 +445,10 @@ FileDriver::~FileDriver () {
 
 FILE_DRIVER_PROTOCOL *FileDriver::Table () { return &State_->Table; }
 
-int FileDriver::Mount (const VolumeSpec &Spec) {
-  std::error_code Error;
-  if (Spec.Folder.empty () || !std::filesystem::is_directory (Spec.Folder, Error)) return -1;
-  std::string Root = Canonical (Spec.Folder);
-  if (Root.empty ()) return -1;
-  for (int Volume = 0; Volume < VOLUME_COUNT; Volume++) {
+int FileDriver::Mount (std::unique_ptr<VolumeFs> Fs, const VolumeRecordSpec &Spec, int Slot) {
+  if (!Fs) return -1;
+  int First = Slot < 0 ? 0 : Slot, Last = Slot < 0 ? VOLUME_COUNT - 1 : Slot;
+  for (int Volume = First; Volume <= Last && Volume < VOLUME_COUNT; Volume++) {
     VOLUME_RECORD &Record = State_->Table.Volumes[Volume];
     if (Record.InUse != 0) continue;
     std::memset (&Record, 0, sizeof (Record));
@@ -455,13 +457,9 @@ int FileDriver::Mount (const VolumeSpec &Spec) {
     Record.Kind = Spec.Kind;
     Record.Flags = Spec.Flags;
     Record.FileSystemType = Spec.FileSystemType;
-    std::string Label = Spec.Label;
-    if (Label.empty ()) {
-      Label = std::filesystem::path (Root).filename ().native ();
-      if (Label.empty ()) Label.push_back ('/');
-    }
-    std::memcpy (Record.Label, Label.data (), std::min (Label.size (), sizeof (Record.Label) - 1));
-    State_->Volumes[Volume] = Mounted {Spec.Folder, Root, 0};
+    std::memcpy (Record.Label, Spec.Label.data (), std::min (Spec.Label.size (), sizeof (Record.Label) - 1));
+    State_->Volumes[Volume] = MountedVolume {};
+    State_->Volumes[Volume].Fs = std::move (Fs);
     return Volume;
   }
   return -1;
@@ -469,21 +467,14 @@ int FileDriver::Mount (const VolumeSpec &Spec) {
 
 bool FileDriver::Unmount (int Volume) {
   if (Volume < 0 || Volume >= VOLUME_COUNT || State_->Table.Volumes[Volume].InUse == 0) return false;
-  std::vector<uint16_t> Closing;
-  for (auto &Entry : State_->Handles)
-    if (Entry.second.Volume == Volume) Closing.push_back (Entry.first);
-  for (uint16_t Handle : Closing) State_->Close (Handle);
+  for (auto It = State_->Handles.begin (); It != State_->Handles.end ();)
+    It = It->second.Volume == Volume ? State_->Handles.erase (It) : std::next (It);
   std::memset (&State_->Table.Volumes[Volume], 0, sizeof (VOLUME_RECORD));
-  State_->Volumes[Volume] = Mounted {};
+  State_->Volumes[Volume] = MountedVolume {};
   return true;
 }
 
-std::string FileDriver::HostPath (int Volume) const {
-  if (Volume < 0 || Volume >= VOLUME_COUNT || State_->Table.Volumes[Volume].InUse == 0) return {};
-  return State_->Volumes[Volume].Root;
-}
-
-const std::string &FileDriver::SystemDir () const { return State_->System; }
+bool FileDriver::Mounted (int Volume) const { return State_->ValidVolume (Volume); }
 
 void FileDriver::RegisterService (const EFI_GUID &Guid, VOID *Table) {
   for (auto &Entry : State_->Services)
@@ -505,23 +496,71 @@ unsigned FileDriver::FlushCount (int Volume) const {
   return State_->Volumes[Volume].Flushes;
 }
 
+size_t FileDriver::OpenHandleCount () const { return State_->Handles.size (); }
+
+bool FileDriver::WriteProtected (int Volume) const { return State_->ValidVolume (Volume) && State_->Protected (Volume); }
+
+bool FileDriver::CaseInsensitive (int Volume) const { return State_->ValidVolume (Volume) && State_->Fat (Volume); }
+
+VolumeFs *FileDriver::Volume (int Volume) {
+  return State_->ValidVolume (Volume) ? State_->Volumes[Volume].Fs.get () : nullptr;
+}
+
 LISTING_NOTES FileDriver::LeftOutTotals (int Volume) const {
   if (Volume < 0 || Volume >= VOLUME_COUNT) return {};
   return State_->Volumes[Volume].LeftOut;
 }
 
-size_t FileDriver::OpenHandleCount () const { return State_->Handles.size (); }
-
-bool FileDriver::WriteProtected (int Volume) const {
-  if (Volume < 0 || Volume >= VOLUME_COUNT || State_->Table.Volumes[Volume].InUse == 0) return false;
-  return State_->Protected (static_cast<UINT8> (Volume));
+std::shared_ptr<FsNode> FileDriver::OpenPath (int Volume, const char *Path, NodeInfo *Info) {
+  std::vector<std::string> Components;
+  if (!State_->ValidVolume (Volume) || !SplitVolumePath (Path, Components)) return nullptr;
+  std::shared_ptr<FsNode> Node = State_->OpenOnVolume (Volume, Components, nullptr);
+  if (Node && Info != nullptr && !Node->Describe (*Info)) return nullptr;
+  return Node;
 }
 
-std::string FileDriver::ResolvePath (int Volume, const char *Path) const {
-  if (Volume < 0 || Volume >= VOLUME_COUNT) return {};
-  ResolvedPath Where;
-  if (!State_->Resolve (static_cast<UINT8> (Volume), reinterpret_cast<const CHAR8 *> (Path), Where)) return {};
-  return Where.Host;
+std::shared_ptr<FsNode> FileDriver::OpenParent (int Volume, const char *Path, std::string &Name,
+                                                std::vector<std::string> *Out) {
+  std::vector<std::string> Components;
+  if (!State_->ValidVolume (Volume) || !SplitVolumePath (Path, Components) || Components.empty ()) return nullptr;
+  Name = Components.back ();
+  Components.pop_back ();
+  std::shared_ptr<FsNode> Parent = State_->OpenOnVolume (Volume, Components, nullptr);
+  NodeInfo Info;
+  if (!Parent || !Parent->Describe (Info) || Info.Kind != NodeKind::Directory) return nullptr;
+  if (Out != nullptr) *Out = std::move (Components);
+  return Parent;
+}
+
+bool FileDriver::ListedInfo (int Volume, const std::vector<std::string> &Directory, const std::string &Name,
+                              NodeInfo &Info) const {
+  if (!State_->ValidVolume (Volume)) return false;
+  for (const Listing &L : State_->Volumes[Volume].Listings) {
+    if (L.Path != Directory) continue;
+    for (const ListedEntry &E : L.Entries)
+      if (E.Name == Name) {
+        Info = E.Info;
+        return true;
+      }
+  }
+  return false;
+}
+
+void FileDriver::Forget (int Volume) {
+  if (Volume < 0 || Volume >= VOLUME_COUNT) return;
+  State_->Volumes[Volume].Cache = DirectoryCache {};
+}
+
+bool FileDriver::ReadSystemFile (const char *Path, std::vector<uint8_t> &Bytes, size_t Limit) {
+  std::vector<std::string> Components;
+  if (!State_->System || !SplitVolumePath (Path, Components) || Components.empty ()) return false;
+  std::shared_ptr<FsNode> Node = State_->Walk (*State_->System, nullptr, Components, nullptr);
+  return Node && ReadWhole (*Node, Bytes, Limit);
+}
+
+bool FileDriver::ReadVolumeFile (int Volume, const char *Path, std::vector<uint8_t> &Bytes, size_t Limit) {
+  std::shared_ptr<FsNode> Node = OpenPath (Volume, Path);
+  return Node && ReadWhole (*Node, Bytes, Limit);
 }
 
 }  // namespace env

@@ -7,6 +7,7 @@
 #include "env/gui/font.h"
 #include "env/gui/gbk.h"
 #include "env/images/bmp_decoder.h"
+#include "env/pool.h"
 
 namespace env {
 
@@ -22,7 +23,6 @@ struct Rect {
 }  // namespace
 
 struct GuiDriver::State {
-  Firmware &Fw;
   GUI_DRIVER_PROTOCOL Table {};
   int Width = 0, Height = 0;
   std::vector<uint32_t> Pixels;
@@ -34,8 +34,6 @@ struct GuiDriver::State {
   std::vector<FontEntry> Fonts;
   UINTN NextToken = 1;
   uint64_t DrawCount = 0;
-
-  explicit State (Firmware &F) : Fw (F) {}
 
   Rect Clip (const PaintContext &Ctx) const {
     Rect R {std::max (Ctx.ClipX, 0), std::max (Ctx.ClipY, 0), 0, 0};
@@ -108,15 +106,14 @@ UINT32 *EFIAPI OpDecodeImage (const VOID *FileData, UINT16 *Width, UINT16 *Heigh
   if (Height) *Height = 0;
   if (BitsPerPixel) *BitsPerPixel = 0;
   if (!FileData || !Current) return nullptr;
-  Firmware &Fw = S ()->Fw;
   // The file buffer is a pool block (from the file driver's ReadFile): its
   // size bounds the parsing. Anything else is refused.
-  size_t Size = Fw.BlockSize (FileData);
+  size_t Size = PoolBlockSize (FileData);
   if (Size == 0) return nullptr;
   DecodedImage Image;
   if (!DecodeBmp (static_cast<const uint8_t *> (FileData), Size, Image)) return nullptr;
   if (Image.Width > 0xFFFF || Image.Height > 0xFFFF) return nullptr;
-  auto *Pixels = static_cast<UINT32 *> (Fw.AllocatePool (Image.Pixels.size () * sizeof (UINT32)));
+  auto *Pixels = static_cast<UINT32 *> (PoolAllocate (Image.Pixels.size () * sizeof (UINT32)));
   if (!Pixels) return nullptr;
   std::memcpy (Pixels, Image.Pixels.data (), Image.Pixels.size () * sizeof (UINT32));
   if (Width) *Width = static_cast<UINT16> (Image.Width);
@@ -144,8 +141,7 @@ VOID EFIAPI OpDrawPixelsAlpha (PAINT_CONTEXT Context, UINT16 X, UINT16 Y, UINT16
 
 // ------------------------------------------------------------------ driver
 
-GuiDriver::GuiDriver (Firmware &Fw, uint16_t ScreenWidth, uint16_t ScreenHeight, uint32_t Version)
-    : State_ (new State (Fw)) {
+GuiDriver::GuiDriver (uint16_t ScreenWidth, uint16_t ScreenHeight, uint32_t Version) : State_ (new State) {
   GUI_DRIVER_PROTOCOL &T = State_->Table;
   T.Version = Version;
   T.GetCharWidth = OpGetCharWidth;

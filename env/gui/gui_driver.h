@@ -14,7 +14,6 @@
 #include <memory>
 #include <string>
 
-#include "env/environment.h"
 #include "env/gui/paint_context.h"
 #include "services/gui_driver.h"
 
@@ -22,7 +21,7 @@ namespace env {
 
 class GuiDriver {
  public:
-  GuiDriver (Firmware &Fw, uint16_t ScreenWidth, uint16_t ScreenHeight, uint32_t Version);
+  GuiDriver (uint16_t ScreenWidth, uint16_t ScreenHeight, uint32_t Version);
   ~GuiDriver ();
   GuiDriver (const GuiDriver &) = delete;
   GuiDriver &operator= (const GuiDriver &) = delete;

@@ -1,5 +1,5 @@
 // ICO (and CUR) decoding: the directory of images, each a DIB with its AND
-// mask or a PNG image (decoded with libpng).
+// mask or a PNG image (decoded by the backend: images/codecs.h).
 #pragma once
 
 #include "env/images/bmp_decoder.h"
@@ -18,8 +18,5 @@ bool DecodeIcoImage (const uint8_t *Data, size_t Size, size_t Index, DecodedImag
 // else the largest smaller one; when that image cannot be decoded the next
 // best is tried.
 bool DecodeIcoBestSize (const uint8_t *Data, size_t Size, unsigned Pixels, DecodedImage &Out);
-
-// Decodes a PNG image held in memory to 0xAARRGGBB pixels.
-bool DecodePng (const uint8_t *Data, size_t Size, DecodedImage &Out);
 
 }  // namespace env

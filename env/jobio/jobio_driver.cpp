@@ -1,18 +1,11 @@
 #include "env/jobio/jobio_driver.h"
-#include "env/ascii_case.h"
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <climits>
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
-#include <filesystem>
 
+#include "env/ascii_case.h"
 #include "env/files/file_driver.h"
-#include "env/files/host_path.h"
+#include "env/files/volume_path.h"
 #include "env/windows/window_base.h"
 #include "services/messages.h"
 #include "services/window_base.h"
@@ -21,6 +14,9 @@ namespace env {
 
 namespace {
 
+constexpr unsigned kMaxCopyDepth = 256;
+constexpr size_t kCopyChunk = 64 * 1024;
+constexpr size_t kMaxReportedRemains = 12;
 
 bool IsBareName (const char *Name) {
   if (!Name || !Name[0]) return false;
@@ -30,46 +26,52 @@ bool IsBareName (const char *Name) {
   return true;
 }
 
-// The canonical form of an existing host path, empty when it cannot be found.
-std::string RealPath (const std::string &Path) {
-  char *Real = realpath (Path.c_str (), nullptr);
-  if (!Real) return {};
-  std::string Out (Real);
-  std::free (Real);
-  return Out;
+std::string JoinPath (const std::string &Directory, const std::string &Name) {
+  std::string Path = Directory;
+  if (Path.empty () || Path.back () != '\\') Path += '\\';
+  return Path + Name;
 }
 
-// True for an existing regular file or folder (links followed).
-bool IsFileOrFolder (const std::string &Path, struct stat *Info = nullptr) {
-  struct stat St;
-  if (stat (Path.c_str (), &St) != 0) return false;
-  if (Info) *Info = St;
-  return S_ISREG (St.st_mode) || S_ISDIR (St.st_mode);
+const ListedEntry *FindEntry (const std::vector<ListedEntry> &Entries, const std::string &Name, bool CaseInsensitive) {
+  for (const ListedEntry &E : Entries)
+    if (SameEntryName (E.Name, Name, CaseInsensitive)) return &E;
+  return nullptr;
 }
 
-bool IsFolder (const std::string &Path) {
-  struct stat St;
-  return stat (Path.c_str (), &St) == 0 && S_ISDIR (St.st_mode);
+bool SameObject (const NodeInfo &Now, const NodeInfo &Seen) {
+  if (Now.Link != Seen.Link || Now.Kind != Seen.Kind) return false;
+  return Now.Identity == 0 || Seen.Identity == 0 || Now.Identity == Seen.Identity;
 }
 
 }  // namespace
 
 struct JobioDriver::State {
-  Firmware &Fw;
   FileDriver &Files;
   WindowBase *Windows;
   JOBIO_DRIVER_PROTOCOL Table {};
   State *Previous = nullptr;
 
+  struct Held {
+    std::string Name;
+    NodeInfo Seen;
+  };
   uint32_t NextId = 1;
   uint32_t Id = 0;
   int Volume = -1;
   std::string Directory;
-  std::vector<std::string> Names;
+  std::vector<Held> Names;
+  // The clipboard's folder as opened by BeginClipboard, and its entries when
+  // a name had to be looked up there.
+  std::shared_ptr<FsNode> Folder;
+  std::vector<std::string> FolderPath;
+  std::vector<ListedEntry> FolderEntries;
+  bool FolderListed = false;
   unsigned Notifications = 0;
   long long FailAfter = -1;   // bytes a copy may still write before it is made to fail
+  unsigned TempCounter = 0;
+  std::vector<std::string> Remaining;
 
-  State (Firmware &F, FileDriver &Fd, WindowBase *W) : Fw (F), Files (Fd), Windows (W) {}
+  State (FileDriver &Fd, WindowBase *W) : Files (Fd), Windows (W) {}
 
   bool Has () const { return !Names.empty (); }
 
@@ -88,191 +90,250 @@ struct JobioDriver::State {
     }
   }
 
-  // Host path of Directory\Name on Volume, empty when refused.
-  std::string Resolve (int OnVolume, const std::string &Dir, const std::string &Name) const {
-    std::string Path = Dir;
-    if (!Name.empty ()) {
-      if (Path.empty () || Path.back () != '\\') Path += '\\';
-      Path += Name;
-    }
-    return Files.ResolvePath (OnVolume, Path.c_str ());
-  }
-
-  std::string VolumeRoot (int OnVolume) const { return RealPath (Files.HostPath (OnVolume)); }
-
   // ---------------------------------------------------------------- copying
-  bool CopyData (int In, int Out) {
-    char Buffer[65536];
+
+  bool CopyData (FsNode &From, FsNode &To, uint64_t Size) {
+    std::vector<uint8_t> Buffer (kCopyChunk);
+    uint64_t Offset = 0;
     for (;;) {
-      ssize_t N = read (In, Buffer, sizeof Buffer);
-      if (N < 0) return false;
-      if (N == 0) return true;
+      uint32_t N = From.ReadAt (Offset, Buffer.data (), static_cast<uint32_t> (Buffer.size ()));
+      if (N == 0) return Offset >= Size;
       if (FailAfter >= 0) {
-        if (FailAfter < N) {
+        if (FailAfter < static_cast<long long> (N)) {
           FailAfter = -1;
           return false;
         }
         FailAfter -= N;
       }
-      ssize_t Done = 0;
-      while (Done < N) {
-        ssize_t W = write (Out, Buffer + Done, (size_t) (N - Done));
-        if (W <= 0) return false;
-        Done += W;
-      }
+      if (!To.Write (Buffer.data (), N)) return false;
+      Offset += N;
     }
   }
 
-  bool CopyFile (const std::string &From, const std::string &To, bool *Created = nullptr) {
-    int In = open (From.c_str (), O_RDONLY | O_CLOEXEC);
-    if (In < 0) return false;
-    struct stat St;
-    if (fstat (In, &St) != 0 || !S_ISREG (St.st_mode)) {
-      close (In);
-      return false;
+  // Copies the entry Source (described by Info) of the directory From to the
+  // new entry Name of the directory To.
+  bool CopyEntry (FsNode &From, const std::string &Source, const NodeInfo &Info, FsNode &To, const std::string &Name,
+                  unsigned Depth) {
+    if (Info.Link) {
+      std::string Target;
+      return From.ReadLink (Source, Target) && To.MakeLink (Name, Target);
     }
-    // O_EXCL: an entry that appeared meanwhile is never overwritten.
-    int Out = open (To.c_str (), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, St.st_mode & 0777);
-    if (Out < 0) {
-      close (In);
-      return false;
-    }
-    if (Created) *Created = true;
-    bool Ok = CopyData (In, Out);
-    struct timespec Times[2] = {St.st_atim, St.st_mtim};
-    if (Ok && futimens (Out, Times) != 0) Ok = false;
-    if (close (Out) != 0) Ok = false;
-    close (In);
-    return Ok;
+    std::unique_ptr<FsNode> In = From.Open (Source);
+    NodeInfo Now;
+    if (!In || !In->Describe (Now) || Now.Kind != Info.Kind) return false;
+    std::unique_ptr<FsNode> Out = To.Create (Name, Info.Kind);
+    if (!Out) return false;
+    bool Ok = Info.Kind == NodeKind::Directory ? CopyTree (*In, *Out, Depth + 1) : CopyData (*In, *Out, Now.Size);
+    return Ok && Out->Finish (Now);
   }
 
-  // Copies the folder From (its contents and time) to the new folder To.
-  bool CopyFolder (const std::string &From, const std::string &To, const std::string &Root, unsigned Depth,
-                   bool *Created = nullptr) {
-    if (Depth > 256) return false;
-    struct stat St;
-    if (stat (From.c_str (), &St) != 0) return false;
-    if (mkdir (To.c_str (), (St.st_mode & 0777) | 0700) != 0) return false;
-    if (Created) *Created = true;
-    DIR *Dir = opendir (From.c_str ());
-    if (!Dir) return false;
-    bool Ok = true;
-    while (Ok) {
-      errno = 0;
-      struct dirent *E = readdir (Dir);
-      if (!E) {
-        if (errno != 0) Ok = false;
-        break;
+  bool CopyTree (FsNode &From, FsNode &To, unsigned Depth) {
+    if (Depth > kMaxCopyDepth) return false;
+    std::vector<ListedEntry> Entries;
+    ListGaps Gaps;
+    // Entries that cannot be read would be missing from the copy: fail instead.
+    if (!From.List (Entries, Gaps) || Gaps.NameTooLong + Gaps.NameUnusable + Gaps.Unreadable != 0) return false;
+    for (const ListedEntry &E : Entries)
+      if (!CopyEntry (From, E.Name, E.Info, To, E.Name, Depth)) return false;
+    return true;
+  }
+
+  // ---------------------------------------------------------------- removing
+
+  // Removes the entry Name of Parent if it is still what Seen describes,
+  // folders with everything in them; what remains is added to Remaining
+  // (shown as Shown).
+  bool RemoveTree (FsNode &Parent, const std::string &Name, const NodeInfo &Seen, const std::string &Shown,
+                   unsigned Depth = 0) {
+    if (Seen.Kind == NodeKind::Directory && !Seen.Link) {
+      std::unique_ptr<FsNode> Folder = Depth <= kMaxCopyDepth ? Parent.Open (Name) : nullptr;
+      NodeInfo Now;
+      if (!Folder || !Folder->Describe (Now) || Now.Kind != NodeKind::Directory ||
+          (Seen.Identity != 0 && Now.Identity != 0 && Now.Identity != Seen.Identity)) {
+        Remaining.push_back (Shown + "  (changed since it was listed)");
+        return false;
       }
-      if (std::strcmp (E->d_name, ".") == 0 || std::strcmp (E->d_name, "..") == 0) continue;
-      std::string Source = From + "/" + E->d_name, Target = To + "/" + E->d_name;
-      struct stat Entry;
-      if (lstat (Source.c_str (), &Entry) != 0) {
-        Ok = false;
-        break;
-      }
-      if (S_ISLNK (Entry.st_mode)) {
-        // A linked file inside the volume is copied as a file; links to
-        // folders and links leading out are left out.
-        struct stat Target2;
-        if (stat (Source.c_str (), &Target2) == 0 && S_ISREG (Target2.st_mode) && StaysInside (Root, Source))
-          Ok = CopyFile (Source, Target);
-        continue;
-      }
-      if (S_ISREG (Entry.st_mode))
-        Ok = CopyFile (Source, Target);
-      else if (S_ISDIR (Entry.st_mode))
-        Ok = CopyFolder (Source, Target, Root, Depth + 1);
+      std::vector<ListedEntry> Entries;
+      ListGaps Gaps;
+      bool Ok = Folder->List (Entries, Gaps) && Gaps.NameTooLong + Gaps.NameUnusable + Gaps.Unreadable == 0;
+      for (const ListedEntry &E : Entries) Ok = RemoveTree (*Folder, E.Name, E.Info, Shown + "\\" + E.Name, Depth + 1) && Ok;
+      if (!Ok) return false;
     }
-    closedir (Dir);
-    if (Ok) {
-      struct timespec Times[2] = {St.st_atim, St.st_mtim};
-      if (utimensat (AT_FDCWD, To.c_str (), Times, 0) != 0) Ok = false;
+    if (Parent.Remove (Name, Seen)) return true;
+    Remaining.push_back (Shown + "  (could not be removed)");
+    return false;
+  }
+
+  // ------------------------------------------------------------------ paste
+
+  std::string TempName (VolumeFs &Fs, const std::vector<ListedEntry> &Existing, bool CaseInsensitive) {
+    for (;;) {
+      std::string Name = kPartialPrefix + Fs.RunTag () + "-" + std::to_string (++TempCounter);
+      if (!FindEntry (Existing, Name, CaseInsensitive)) return Name;
     }
-    return Ok;
+  }
+
+  // Removes what pastes of runs that have ended left in Folder.
+  void RemoveLeftovers (VolumeFs &Fs, FsNode &Folder, const std::vector<ListedEntry> &Entries) {
+    const size_t Prefix = std::strlen (kPartialPrefix);
+    for (const ListedEntry &E : Entries) {
+      if (E.Name.compare (0, Prefix, kPartialPrefix) != 0) continue;
+      size_t Dash = E.Name.rfind ('-');
+      if (Dash == std::string::npos || Dash < Prefix) continue;
+      if (!Fs.RunEnded (E.Name.substr (Prefix, Dash - Prefix))) continue;
+      RemoveTree (Folder, E.Name, E.Info, E.Name);
+    }
+    Remaining.clear ();
+  }
+
+  // Whether the folder Source lies on the way to the directory named by
+  // Target (both on Volume): by identity where the volume knows it, else by path.
+  bool InsideItself (int OnVolume, const NodeInfo &Source, const std::vector<std::string> &SourcePath,
+                     const std::vector<std::string> &Target) {
+    bool Fold = Files.CaseInsensitive (OnVolume);
+    for (size_t Length = 0; Length <= Target.size (); Length++) {
+      std::string Path = "\\";
+      for (size_t I = 0; I < Length; I++) Path = JoinPath (Path, Target[I]);
+      NodeInfo Info;
+      if (Source.Identity != 0 && Files.OpenPath (OnVolume, Path.c_str (), &Info) && Info.Identity == Source.Identity)
+        return true;
+    }
+    if (SourcePath.size () > Target.size ()) return false;
+    for (size_t I = 0; I < SourcePath.size (); I++)
+      if (!SameEntryName (SourcePath[I], Target[I], Fold)) return false;
+    return true;
   }
 
   uint32_t Paste (int ToVolume, const char *ToDirectory) {
     if (!Has () || Volume < 0) return kPasteNothing;
-    if (ToVolume < 0 || ToVolume >= 24 || !ToDirectory) return kPasteBadTarget;
-    if (Files.WriteProtected (ToVolume)) return kPasteBadTarget;
-    std::string Target = Files.ResolvePath (ToVolume, ToDirectory);
-    if (Target.empty () || !IsFolder (Target)) return kPasteBadTarget;
-    std::string TargetReal = RealPath (Target);
-    std::string SourceRoot = VolumeRoot (Volume);
-    if (TargetReal.empty () || SourceRoot.empty ()) return kPasteBadTarget;
-
-    // Names already in the destination (a clash ignores the case of ASCII letters).
-    std::vector<std::string> Existing;
-    if (DIR *Dir = opendir (Target.c_str ())) {
-      while (struct dirent *E = readdir (Dir)) Existing.push_back (E->d_name);
-      closedir (Dir);
-    } else {
+    if (!ToDirectory || !Files.Mounted (ToVolume) || Files.WriteProtected (ToVolume)) return kPasteBadTarget;
+    std::vector<std::string> TargetPath;
+    NodeInfo TargetInfo;
+    std::shared_ptr<FsNode> Target = Files.OpenPath (ToVolume, ToDirectory, &TargetInfo);
+    if (!Target || TargetInfo.Kind != NodeKind::Directory || !SplitVolumePath (ToDirectory, TargetPath))
       return kPasteBadTarget;
-    }
+    if (!Folder) return kPasteSourceGone;
+    FsNode *Source = Folder.get ();
+    const std::vector<std::string> &SourcePath = FolderPath;
 
-    std::vector<std::string> Sources;
-    for (const std::string &Name : Names) {
-      std::string Source = Resolve (Volume, Directory, Name);
-      if (Source.empty () || !IsFileOrFolder (Source)) return kPasteSourceGone;
-      Sources.push_back (Source);
-    }
-    for (size_t I = 0; I < Names.size (); I++) {
-      if (!IsFolder (Sources[I])) continue;
-      std::string SourceReal = RealPath (Sources[I]);
-      if (SourceReal.empty ()) return kPasteSourceGone;
-      if (TargetReal == SourceReal || TargetReal.compare (0, SourceReal.size () + 1, SourceReal + "/") == 0)
-        return kPasteIntoItself;
-    }
-    for (const std::string &Name : Names)
-      for (const std::string &Other : Existing)
-        if (EqualIgnoringAsciiCase (Name, Other)) return kPasteNameClash;
+    std::vector<ListedEntry> Sources, Existing;
+    ListGaps Gaps;
+    if (!Source->List (Sources, Gaps)) return kPasteSourceGone;
+    if (!Target->List (Existing, Gaps)) return kPasteBadTarget;
+    VolumeFs &Fs = *Files.Volume (ToVolume);
+    RemoveLeftovers (Fs, *Target, Existing);
+    Target->List (Existing, Gaps);
 
-    std::vector<std::string> Made;
+    bool SourceFold = Files.CaseInsensitive (Volume), TargetFold = Files.CaseInsensitive (ToVolume);
+    std::vector<ListedEntry> Items;
+    for (const Held &H : Names) {
+      const ListedEntry *E = FindEntry (Sources, H.Name, SourceFold);
+      if (E == nullptr) return kPasteSourceGone;
+      Items.push_back (*E);
+    }
+    for (const ListedEntry &Item : Items) {
+      if (Item.Info.Kind != NodeKind::Directory || Item.Info.Link || ToVolume != Volume) continue;
+      std::vector<std::string> ItemPath = SourcePath;
+      ItemPath.push_back (Item.Name);
+      if (InsideItself (Volume, Item.Info, ItemPath, TargetPath)) return kPasteIntoItself;
+    }
+    for (const ListedEntry &Item : Items)
+      if (FindEntry (Existing, Item.Name, TargetFold)) return kPasteNameClash;
+
+    // Each item is written under a temporary name, then renamed into place.
+    struct Made {
+      std::string Name;
+      NodeInfo Info;
+    };
+    std::vector<Made> Done;
     bool Ok = true;
-    for (size_t I = 0; I < Names.size () && Ok; I++) {
-      std::string To = Target + "/" + Names[I];
-      // Only entries this paste created are ever removed again.
-      bool Created = false;
-      if (IsFolder (Sources[I]))
-        Ok = CopyFolder (Sources[I], To, SourceRoot, 0, &Created);
-      else
-        Ok = CopyFile (Sources[I], To, &Created);
-      if (Created) Made.push_back (To);
+    for (const ListedEntry &Item : Items) {
+      std::string Temp = TempName (Fs, Existing, TargetFold);
+      Ok = CopyEntry (*Source, Item.Name, Item.Info, *Target, Temp, 0);
+      NodeInfo Info = Item.Info;
+      Info.Identity = 0;
+      if (std::unique_ptr<FsNode> Written = Ok && !Item.Info.Link ? Target->Open (Temp) : nullptr) {
+        Written->Describe (Info);
+        Info.Link = false;
+      }
+      if (Ok) Ok = Target->Rename (Temp, Item.Name);
+      if (!Ok) {
+        RemoveTree (*Target, Temp, Info, Temp);
+        break;
+      }
+      Done.push_back (Made {Item.Name, Info});
     }
     FailAfter = -1;
-    if (Ok) return kPasteDone;
-    for (const std::string &Path : Made) {
-      std::error_code Ec;
-      std::filesystem::remove_all (Path, Ec);
+    if (!Ok) {
+      for (auto It = Done.rbegin (); It != Done.rend (); ++It) RemoveTree (*Target, It->Name, It->Info, It->Name);
+      Remaining.clear ();
     }
-    return kPasteFailed;
+    Files.Forget (ToVolume);
+    Fs.Flush ();
+    return Ok ? kPasteDone : kPasteFailed;
   }
+
+  // ----------------------------------------------------------------- delete
 
   uint32_t Delete () {
     if (!Has ()) return 0;
     bool Before = Has ();
     uint32_t Result = 1;
+    Remaining.clear ();
     if (Files.WriteProtected (Volume)) {
       Result = 0;
-    } else {
-      for (const std::string &Name : Names) {
-        std::string Path = Resolve (Volume, Directory, Name);
-        if (Path.empty ()) {
-          Result = 0;
+    } else if (Folder) {
+      std::vector<ListedEntry> Now;
+      ListGaps Gaps;
+      Folder->List (Now, Gaps);
+      for (const Held &H : Names) {
+        const ListedEntry *E = FindEntry (Now, H.Name, false);
+        if (E == nullptr) continue;   // already gone
+        if (!SameObject (E->Info, H.Seen)) {
+          Remaining.push_back (H.Name + "  (changed since it was listed)");
           continue;
         }
-        struct stat St;
-        if (lstat (Path.c_str (), &St) != 0) continue;   // already gone
-        std::error_code Ec;
-        std::filesystem::remove_all (Path, Ec);
-        if (Ec || lstat (Path.c_str (), &St) == 0) Result = 0;
+        RemoveTree (*Folder, H.Name, H.Seen, H.Name);
       }
+      if (!Remaining.empty ()) Result = kDeleteIncomplete;
     }
+    Files.Forget (Volume);
+    if (VolumeFs *Fs = Files.Volume (Volume)) Fs->Flush ();
     Names.clear ();
+    Folder.reset ();
     Id = 0;
+    if (Result == kDeleteIncomplete) Explain ();
     Announce (Before);
     return Result;
+  }
+
+  // Says which entries an incomplete delete left, in a message box.
+  void Explain () {
+    if (!Windows || !Windows->Table ()->MessageBox) return;
+    std::string Text = "These were not deleted:";
+    for (size_t I = 0; I < Remaining.size () && I < kMaxReportedRemains; I++) Text += "\n" + Remaining[I];
+    if (Remaining.size () > kMaxReportedRemains)
+      Text += "\nand " + std::to_string (Remaining.size () - kMaxReportedRemains) + " more";
+    Windows->Table ()->MessageBox (1, reinterpret_cast<const CHAR8 *> (Text.c_str ()),
+                                   reinterpret_cast<const CHAR8 *> ("Delete"), 0);
+  }
+
+  bool DeleteOne (int OnVolume, const char *Path) {
+    if (!Path || Files.WriteProtected (OnVolume)) return false;
+    std::string Name;
+    std::vector<std::string> ParentPath;
+    std::shared_ptr<FsNode> Parent = Files.OpenParent (OnVolume, Path, Name, &ParentPath);
+    if (!Parent) return false;
+    std::vector<ListedEntry> Now;
+    ListGaps Gaps;
+    if (!Parent->List (Now, Gaps)) return false;
+    const ListedEntry *E = FindEntry (Now, Name, false);
+    NodeInfo Seen;
+    if (E == nullptr) return false;
+    if (!Files.ListedInfo (OnVolume, ParentPath, Name, Seen)) Seen = E->Info;
+    bool Done = SameObject (E->Info, Seen) && Parent->Remove (Name, Seen);
+    Files.Forget (OnVolume);
+    return Done;
   }
 };
 
@@ -283,9 +344,14 @@ JobioDriver::State *Current () { return gCurrent; }
 
 UINT32 EFIAPI BeginClipboardOp (UINT8 Volume, const CHAR8 *Directory) {
   JobioDriver::State *S = Current ();
-  if (!S || !Directory) return 0;
-  std::string Host = S->Files.ResolvePath (Volume, (const char *) Directory);
-  if (Host.empty () || !IsFolder (Host)) return 0;
+  NodeInfo Info;
+  std::vector<std::string> Path;
+  std::shared_ptr<FsNode> Folder = S && Directory ? S->Files.OpenPath (Volume, (const char *) Directory, &Info) : nullptr;
+  if (!Folder || Info.Kind != NodeKind::Directory || !SplitVolumePath ((const char *) Directory, Path)) return 0;
+  S->Folder = std::move (Folder);
+  S->FolderPath = std::move (Path);
+  S->FolderEntries.clear ();
+  S->FolderListed = false;
   bool Before = S->Has ();
   S->Id = S->NextId++;
   if (S->NextId == 0) S->NextId = 1;
@@ -298,14 +364,24 @@ UINT32 EFIAPI BeginClipboardOp (UINT8 Volume, const CHAR8 *Directory) {
 
 BOOLEAN EFIAPI AddToClipboardOp (UINT32 Id, const CHAR8 *Name) {
   JobioDriver::State *S = Current ();
-  if (!S || Id == 0 || Id != S->Id || !IsBareName ((const char *) Name)) return FALSE;
+  if (!S || Id == 0 || Id != S->Id || !S->Folder || !IsBareName ((const char *) Name)) return FALSE;
   std::string Text ((const char *) Name);
-  std::string Host = S->Resolve (S->Volume, S->Directory, Text);
-  if (Host.empty () || !IsFileOrFolder (Host)) return FALSE;
-  for (const std::string &Held : S->Names)
-    if (Held == Text) return TRUE;
+  if (!S->Folder->Open (Text)) return FALSE;
+  for (const JobioDriver::State::Held &H : S->Names)
+    if (H.Name == Text) return TRUE;
+  // How the user saw it: in the folder's latest listing, else as it is now.
+  JobioDriver::State::Held Entry {Text, {}};
+  if (!S->Files.ListedInfo (S->Volume, S->FolderPath, Text, Entry.Seen)) {
+    if (!S->FolderListed) {
+      ListGaps Gaps;
+      S->FolderListed = S->Folder->List (S->FolderEntries, Gaps);
+    }
+    const ListedEntry *E = FindEntry (S->FolderEntries, Text, false);
+    if (E == nullptr) return FALSE;
+    Entry.Seen = E->Info;
+  }
   bool Before = S->Has ();
-  S->Names.push_back (Text);
+  S->Names.push_back (Entry);
   S->Announce (Before);
   return TRUE;
 }
@@ -327,22 +403,13 @@ UINT32 EFIAPI DeleteClipboardFilesOp () {
 
 BOOLEAN EFIAPI DeleteFileOp (UINT8 Volume, const CHAR8 *Path) {
   JobioDriver::State *S = Current ();
-  if (!S || !Path || S->Files.WriteProtected (Volume)) return FALSE;
-  std::string Host = S->Files.ResolvePath (Volume, (const char *) Path);
-  if (Host.empty ()) return FALSE;
-  std::string Root = S->VolumeRoot (Volume);
-  std::string Parent = RealPath (std::filesystem::path (Host).parent_path ().string ());
-  if (Root.empty () || Parent.empty () || Host == Root || RealPath (Host) == Root) return FALSE;
-  struct stat St;
-  if (lstat (Host.c_str (), &St) != 0) return FALSE;
-  if (S_ISDIR (St.st_mode)) return rmdir (Host.c_str ()) == 0 ? TRUE : FALSE;
-  return unlink (Host.c_str ()) == 0 ? TRUE : FALSE;
+  return S && S->DeleteOne (Volume, (const char *) Path) ? TRUE : FALSE;
 }
 
 }  // namespace
 
-JobioDriver::JobioDriver (Firmware &Fw, FileDriver &Files, WindowBase *Windows, uint32_t Version)
-    : State_ (new State (Fw, Files, Windows)) {
+JobioDriver::JobioDriver (FileDriver &Files, WindowBase *Windows, uint32_t Version)
+    : State_ (new State (Files, Windows)) {
   JOBIO_DRIVER_PROTOCOL &T = State_->Table;
   T.Version = Version;
   T.BeginClipboard = BeginClipboardOp;
@@ -363,8 +430,13 @@ JOBIO_DRIVER_PROTOCOL *JobioDriver::Table () { return &State_->Table; }
 
 int JobioDriver::ClipboardVolume () const { return State_->Has () ? State_->Volume : -1; }
 std::string JobioDriver::ClipboardDirectory () const { return State_->Directory; }
-std::vector<std::string> JobioDriver::ClipboardNames () const { return State_->Names; }
+std::vector<std::string> JobioDriver::ClipboardNames () const {
+  std::vector<std::string> Out;
+  for (const State::Held &H : State_->Names) Out.push_back (H.Name);
+  return Out;
+}
 unsigned JobioDriver::NotificationCount () const { return State_->Notifications; }
 void JobioDriver::FailCopyAfter (long long Bytes) { State_->FailAfter = Bytes; }
+const std::vector<std::string> &JobioDriver::LastRemaining () const { return State_->Remaining; }
 
 }  // namespace env

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "env/controls/control_driver.h"
-#include "env/environment.h"
+#include "env/siblings.h"
 #include "env/gui/gui_driver.h"
 #include "env/windows/window_base.h"
 #include "env/windows/window_internal.h"
@@ -78,7 +78,7 @@ std::string Str (const CHAR8 *Bytes, size_t Max) {
 
 class Painter {
  public:
-  explicit Painter (Environment &E)
+  explicit Painter (Siblings &E)
       : Env (E), Gui (E.gui ()), Wb (E.windows ()), Cd (E.controls ()), Lh (Gui.Table ()->GetLineHeight ()) {}
 
   size_t Run () {
@@ -99,7 +99,7 @@ class Painter {
   }
 
  private:
-  Environment &Env;
+  Siblings &Env;
   GuiDriver &Gui;
   WindowBase &Wb;
   ControlDriver &Cd;
@@ -639,7 +639,7 @@ class Painter {
 
 }  // namespace
 
-WindowLayout LayoutOf (Environment &Env, WINDOW_HEADER *Window) {
+WindowLayout LayoutOf (Siblings &Env, WINDOW_HEADER *Window) {
   WindowLayout L;
   int32_t X = 0, Y = 0;
   Env.windows ().ScreenOrigin (Window, X, Y);
@@ -657,7 +657,7 @@ WindowLayout LayoutOf (Environment &Env, WINDOW_HEADER *Window) {
   return L;
 }
 
-MessageBoxLayout LayoutOfMessageBox (Environment &Env, const std::string &Text, const std::string &Caption) {
+MessageBoxLayout LayoutOfMessageBox (Siblings &Env, const std::string &Text, const std::string &Caption) {
   constexpr int kMargin = 16, kMinWidth = 200, kButtonWidth = 80;
   MessageBoxLayout L;
   const int Lh = Env.gui ().Table ()->GetLineHeight ();
@@ -683,6 +683,6 @@ MessageBoxLayout LayoutOfMessageBox (Environment &Env, const std::string &Text, 
   return L;
 }
 
-size_t RenderDesktop (Environment &Env) { return Painter (Env).Run (); }
+size_t RenderDesktop (Siblings &Env) { return Painter (Env).Run (); }
 
 }  // namespace env

@@ -20,7 +20,7 @@
 
 namespace env {
 
-class Environment;
+class Siblings;
 
 // Colours of the look.
 namespace colours {
@@ -39,7 +39,7 @@ constexpr uint32_t CaptionText = 0xFFFFFF;
 }  // namespace colours
 
 // Paints everything; returns the number of windows painted.
-size_t RenderDesktop (Environment &Env);
+size_t RenderDesktop (Siblings &Env);
 
 // Layout of a top-level window's decoration (screen coordinates).
 struct WindowLayout {
@@ -48,7 +48,7 @@ struct WindowLayout {
   int CloseX = 0, CloseY = 0, CloseWidth = 0, CloseHeight = 0;
   int StatusY = 0, StatusHeight = 0;   // StatusHeight 0: no status line
 };
-WindowLayout LayoutOf (Environment &Env, WINDOW_HEADER *Window);
+WindowLayout LayoutOf (Siblings &Env, WINDOW_HEADER *Window);
 
 // Layout of a message box: centred on the screen, its text wrapped into
 // lines, one "OK" button centred below them (screen coordinates).
@@ -59,6 +59,6 @@ struct MessageBoxLayout {
   std::vector<std::string> Lines;     // GBK bytes, as the box was given them
   int ButtonX = 0, ButtonY = 0, ButtonWidth = 0, ButtonHeight = 0;
 };
-MessageBoxLayout LayoutOfMessageBox (Environment &Env, const std::string &Text, const std::string &Caption);
+MessageBoxLayout LayoutOfMessageBox (Siblings &Env, const std::string &Text, const std::string &Caption);
 
 }  // namespace env

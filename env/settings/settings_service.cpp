@@ -1,27 +1,17 @@
 #include "env/settings/settings_service.h"
-#include "env/ascii_case.h"
-
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <vector>
+
+#include "env/ascii_case.h"
+#include "env/console.h"
+#include "env/pool.h"
 
 namespace env {
 
 namespace {
 
-struct Entry {
-  std::string Key;
-  std::string Value;
-};
-
-struct Section {
-  std::string Name;
-  std::vector<Entry> Entries;
-};
+constexpr const char *kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string Trim (const std::string &Text) {
   size_t Begin = 0, End = Text.size ();
@@ -34,30 +24,49 @@ bool HasLineBreak (const std::string &Text) {
   return Text.find_first_of (std::string ("\r\n\0", 3)) != std::string::npos;
 }
 
+// One line of the text, as read or as added; headers and keys also parsed.
+struct Line {
+  enum Kind { Other, Header, KeyLine } Type = Other;
+  std::string Text;      // the line as written, without its line feed
+  std::string Section;   // the section it belongs to (headers: the one they open)
+  std::string Key, Value;
+};
+
 SettingsService *gCurrent = nullptr;
-Firmware *gCurrentFirmware = nullptr;
 
 }  // namespace
 
 struct SettingsService::State {
-  Firmware &Fw;
-  std::string File;
+  std::unique_ptr<SettingsStore> Store;
+  bool Writable = true;
   SETTINGS_SERVICE_PROTOCOL Table {};
-  std::vector<Section> Sections;
+  std::vector<Line> Lines;
+  bool ByteOrderMark = false;
+  bool FinalLineFeed = true;
   unsigned Commits = 0;
   unsigned SetValues = 0;
   SettingsService *Previous = nullptr;
-  Firmware *PreviousFirmware = nullptr;
 
-  explicit State (Firmware &F) : Fw (F) {}
-
-  Section *FindSection (const std::string &Name) {
-    for (Section &S : Sections)
-      if (EqualIgnoringAsciiCase (S.Name, Name)) return &S;
-    return nullptr;
+  // The line that gives Section/Key its value (the last one), or -1.
+  long Find (const std::string &Section, const std::string &Key) const {
+    for (size_t I = Lines.size (); I-- > 0;) {
+      const Line &L = Lines[I];
+      if (L.Type == Line::KeyLine && EqualIgnoringAsciiCase (L.Section, Section) && EqualIgnoringAsciiCase (L.Key, Key))
+        return static_cast<long> (I);
+    }
+    return -1;
   }
-  const Section *FindSection (const std::string &Name) const {
-    return const_cast<State *> (this)->FindSection (Name);
+
+  // Where a new key of Section goes: after the section's last line that is
+  // a key or its header; -1 when the section does not exist.
+  long InsertionPoint (const std::string &Section) const {
+    long At = -1;
+    for (size_t I = 0; I < Lines.size (); I++) {
+      const Line &L = Lines[I];
+      if (L.Type != Line::Other && EqualIgnoringAsciiCase (L.Section, Section)) At = static_cast<long> (I) + 1;
+    }
+    if (At < 0 && Section.empty ()) At = 0;   // the unnamed section starts the text
+    return At;
   }
 };
 
@@ -67,7 +76,7 @@ BOOLEAN EFIAPI GetValueOp (const CHAR8 *Section, const CHAR8 *Key, CHAR8 **Value
   if (!gCurrent || !Key || !Value) return FALSE;
   std::string Text;
   if (!gCurrent->Get (Section ? (const char *) Section : "", (const char *) Key, Text)) return FALSE;
-  CHAR8 *Copy = (CHAR8 *) gCurrentFirmware->AllocatePool (Text.size () + 1);
+  auto *Copy = static_cast<CHAR8 *> (PoolAllocate (Text.size () + 1));
   if (!Copy) return FALSE;
   std::memcpy (Copy, Text.c_str (), Text.size () + 1);
   *Value = Copy;
@@ -86,78 +95,46 @@ VOID EFIAPI CommitOp () {
 
 }  // namespace
 
-SettingsService::SettingsService (Firmware &Fw, const std::string &File, uint32_t Version) : State_ (new State (Fw)) {
-  State_->File = File;
+SettingsService::SettingsService (std::unique_ptr<SettingsStore> Store, uint32_t Version) : State_ (new State) {
+  State_->Store = std::move (Store);
   State_->Table.Version = Version;
   State_->Table.GetValue = GetValueOp;
   State_->Table.SetValue = SetValueOp;
   State_->Table.Commit = CommitOp;
   State_->Previous = gCurrent;
-  State_->PreviousFirmware = gCurrentFirmware;
   gCurrent = this;
-  gCurrentFirmware = &Fw;
-  if (!File.empty ()) {
-    std::ifstream In (File, std::ios::binary);
-    if (In) {
-      In.seekg (0, std::ios::end);
-      std::streamoff Size = In.tellg ();
-      if (Size >= 0 && (uint64_t) Size <= kMaxSettingsFile) {
-        In.seekg (0);
-        std::string Text ((size_t) Size, '\0');
-        In.read (Text.data (), Size);
-        Text.resize ((size_t) In.gcount ());
-        Parse (Text);
-      }
-    }
+  if (!State_->Store) return;
+  std::string Text;
+  switch (State_->Store->Read (Text)) {
+    case SettingsStore::Load::Read:
+      Parse (Text);
+      break;
+    case SettingsStore::Load::Missing:
+      break;
+    case SettingsStore::Load::Unreadable:
+      // Whatever is there stays as it is: settings changed now live in memory.
+      State_->Writable = false;
+      ConsoleLine ("Surveyor: " + State_->Store->Name () +
+                   " could not be read; it is left as it is and settings are not saved this time.");
+      break;
   }
 }
 
 SettingsService::~SettingsService () {
-  if (gCurrent == this) {
-    gCurrent = State_->Previous;
-    gCurrentFirmware = State_->PreviousFirmware;
-  }
+  if (gCurrent == this) gCurrent = State_->Previous;
 }
 
 SETTINGS_SERVICE_PROTOCOL *SettingsService::Table () { return &State_->Table; }
 unsigned SettingsService::CommitCount () const { return State_->Commits; }
 unsigned SettingsService::SetValueCount () const { return State_->SetValues; }
+bool SettingsService::Writable () const { return State_->Writable; }
 
-bool SettingsService::Get (const std::string &SectionName, const std::string &Key, std::string &Value) const {
-  const Section *S = State_->FindSection (SectionName);
-  if (!S) return false;
-  for (const Entry &E : S->Entries)
-    if (EqualIgnoringAsciiCase (E.Key, Key)) {
-      Value = E.Value;
-      return true;
-    }
-  return false;
+bool SettingsService::Get (const std::string &Section, const std::string &Key, std::string &Value) const {
+  long At = State_->Find (Section, Key);
+  if (At < 0) return false;
+  Value = State_->Lines[static_cast<size_t> (At)].Value;
+  return true;
 }
-
-namespace {
-
-// Stores Value under Section/Key of Sections; the caller has checked the names.
-void Store (std::vector<Section> &Sections, const std::string &SectionName, const std::string &Key,
-            const std::string &Value) {
-  Section *Target = nullptr;
-  for (Section &S : Sections)
-    if (EqualIgnoringAsciiCase (S.Name, SectionName)) {
-      Target = &S;
-      break;
-    }
-  if (!Target) {
-    Sections.push_back (Section {SectionName, {}});
-    Target = &Sections.back ();
-  }
-  for (Entry &E : Target->Entries)
-    if (EqualIgnoringAsciiCase (E.Key, Key)) {
-      E.Value = Value;
-      return;
-    }
-  Target->Entries.push_back (Entry {Key, Value});
-}
-
-}  // namespace
 
 void SettingsService::Set (const std::string &SectionName, const std::string &Key, const std::string &Value) {
   State_->SetValues++;
@@ -166,80 +143,96 @@ void SettingsService::Set (const std::string &SectionName, const std::string &Ke
       KeyText[0] == '[' || KeyText[0] == ';' || KeyText[0] == '#')
     return;
   if (SectionText.find (']') != std::string::npos || HasLineBreak (SectionText)) return;
-  std::string Line = Value.substr (0, Value.find_first_of (std::string ("\r\n\0", 3)));
-  Store (State_->Sections, SectionText, KeyText, Line);
+  std::string OneLine = Value.substr (0, Value.find_first_of (std::string ("\r\n\0", 3)));
+  std::vector<Line> &Lines = State_->Lines;
+
+  long At = State_->Find (SectionText, KeyText);
+  if (At >= 0) {
+    Line &L = Lines[static_cast<size_t> (At)];
+    bool CarriageReturn = !L.Text.empty () && L.Text.back () == '\r';
+    L.Value = OneLine;
+    L.Text = L.Key + "=" + OneLine + (CarriageReturn ? "\r" : "");
+    return;
+  }
+  Line Added;
+  Added.Type = Line::KeyLine;
+  Added.Section = SectionText;
+  Added.Key = KeyText;
+  Added.Value = OneLine;
+  Added.Text = KeyText + "=" + OneLine;
+  long Insert = State_->InsertionPoint (SectionText);
+  if (Insert >= 0) {
+    Lines.insert (Lines.begin () + Insert, Added);
+    if (static_cast<size_t> (Insert) + 1 == Lines.size ()) State_->FinalLineFeed = true;
+    return;
+  }
+  // A new section at the end, a blank line before it.
+  if (!Lines.empty () && !Trim (Lines.back ().Text).empty ()) Lines.push_back (Line {});
+  Line Header;
+  Header.Type = Line::Header;
+  Header.Section = SectionText;
+  Header.Text = "[" + SectionText + "]";
+  Lines.push_back (Header);
+  Lines.push_back (Added);
+  State_->FinalLineFeed = true;
 }
 
 void SettingsService::Parse (const std::string &Text) {
-  std::vector<Section> Sections;
+  std::vector<Line> Lines;
   std::string Current;
   size_t Pos = 0;
-  if (Text.compare (0, 3, "\xEF\xBB\xBF") == 0) Pos = 3;   // byte-order mark
+  State_->ByteOrderMark = Text.compare (0, 3, kByteOrderMark) == 0;
+  if (State_->ByteOrderMark) Pos = 3;
+  State_->FinalLineFeed = Text.empty () || Text.back () == '\n';
   while (Pos < Text.size ()) {
     size_t End = Text.find ('\n', Pos);
     if (End == std::string::npos) End = Text.size ();
-    std::string Line = Text.substr (Pos, End - Pos);
+    Line L;
+    L.Text = Text.substr (Pos, End - Pos);
+    L.Section = Current;
     Pos = End + 1;
-    if (!Line.empty () && Line.back () == '\r') Line.pop_back ();
-    if (Line.find ('\0') != std::string::npos) Line.resize (Line.find ('\0'));
-    std::string Trimmed = Trim (Line);
-    if (Trimmed.empty () || Trimmed[0] == ';' || Trimmed[0] == '#') continue;
-    if (Trimmed[0] == '[') {
+    std::string Parsed = L.Text;
+    if (!Parsed.empty () && Parsed.back () == '\r') Parsed.pop_back ();
+    if (Parsed.find ('\0') != std::string::npos) Parsed.resize (Parsed.find ('\0'));
+    std::string Trimmed = Trim (Parsed);
+    size_t Equals = Parsed.find ('=');
+    if (Trimmed.empty () || Trimmed[0] == ';' || Trimmed[0] == '#') {
+      // a comment or a blank line
+    } else if (Trimmed[0] == '[') {
       size_t Close = Trimmed.find (']');
-      if (Close == std::string::npos) continue;
-      Current = Trim (Trimmed.substr (1, Close - 1));
-      continue;
+      if (Close != std::string::npos) {
+        Current = Trim (Trimmed.substr (1, Close - 1));
+        L.Type = Line::Header;
+        L.Section = Current;
+      }
+    } else if (Equals != std::string::npos && !Trim (Parsed.substr (0, Equals)).empty ()) {
+      L.Type = Line::KeyLine;
+      L.Key = Trim (Parsed.substr (0, Equals));
+      L.Value = Parsed.substr (Equals + 1);
+      if (L.Value.find ('\r') != std::string::npos) L.Value.resize (L.Value.find ('\r'));
     }
-    size_t Equals = Line.find ('=');
-    if (Equals == std::string::npos) continue;
-    std::string Key = Trim (Line.substr (0, Equals));
-    if (Key.empty ()) continue;
-    std::string Value = Line.substr (Equals + 1);
-    if (Value.find ('\r') != std::string::npos) Value.resize (Value.find ('\r'));
-    Store (Sections, Current, Key, Value);
+    Lines.push_back (std::move (L));
   }
-  State_->Sections = std::move (Sections);
+  State_->Lines = std::move (Lines);
 }
 
 std::string SettingsService::Serialize () const {
   std::string Out;
-  // The unnamed section has no header line, so it must come first.
-  for (int Pass = 0; Pass < 2; Pass++)
-    for (const Section &S : State_->Sections) {
-      if ((Pass == 0) != S.Name.empty () || S.Entries.empty ()) continue;
-      if (Pass == 1) {
-        if (!Out.empty ()) Out += "\n";
-        Out += "[" + S.Name + "]\n";
-      }
-      for (const Entry &E : S.Entries) Out += E.Key + "=" + E.Value + "\n";
-    }
+  for (size_t I = 0; I < State_->Lines.size (); I++) {
+    if (I > 0) Out += '\n';
+    Out += State_->Lines[I].Text;
+  }
+  if (!State_->Lines.empty () && State_->FinalLineFeed) Out += '\n';
   // A first key that starts like a byte-order mark keeps it behind a real one.
-  if (Out.compare (0, 3, "\xEF\xBB\xBF") == 0) Out = "\xEF\xBB\xBF" + Out;
+  if (State_->ByteOrderMark || Out.compare (0, 3, kByteOrderMark) == 0) Out = kByteOrderMark + Out;
   return Out;
 }
 
 bool SettingsService::Save () {
   State_->Commits++;
-  if (State_->File.empty ()) return true;
-  std::string Text = Serialize ();
-  std::string Temp = State_->File + ".tmp" + std::to_string ((long) getpid ());
-  int Fd = open (Temp.c_str (), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (Fd < 0) return false;
-  size_t Done = 0;
-  bool Ok = true;
-  while (Done < Text.size ()) {
-    ssize_t N = write (Fd, Text.data () + Done, Text.size () - Done);
-    if (N <= 0) {
-      Ok = false;
-      break;
-    }
-    Done += (size_t) N;
-  }
-  if (Ok && fsync (Fd) != 0) Ok = false;
-  if (close (Fd) != 0) Ok = false;
-  if (Ok && rename (Temp.c_str (), State_->File.c_str ()) != 0) Ok = false;
-  if (!Ok) unlink (Temp.c_str ());
-  return Ok;
+  if (!State_->Store) return true;
+  if (!State_->Writable) return false;
+  return State_->Store->Write (Serialize ());
 }
 
 }  // namespace env

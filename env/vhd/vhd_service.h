@@ -1,7 +1,7 @@
-// The stand-in VHD service: present or absent, with a version.
+// The VHD service: present or absent, with a version.
 #pragma once
 
-#include "env/environment.h"
+#include <cstdint>
 #include "services/vhd_service.h"
 
 namespace env {

@@ -9,6 +9,7 @@
 
 #include "env/files/file_driver.h"
 #include "env/gui/gui_driver.h"
+#include "env/pool.h"
 #include "env/windows/window_internal.h"
 
 namespace env {
@@ -46,7 +47,7 @@ UINTN ControlObject::OnMessage (MESSAGE &Message) {
 
 // ------------------------------------------------------------------ state
 
-WindowBase::State::State (Firmware &F, FileDriver &Fd, GuiDriver &G) : Fw (F), Files (Fd), Gui (G) {
+WindowBase::State::State (FileDriver &Fd, GuiDriver &G) : Files (Fd), Gui (G) {
   DesktopHeader.Kind = WINDOW_KIND_DESKTOP;
   DesktopHeader.Width = ScreenWidth ();
   DesktopHeader.Height = ScreenHeight ();
@@ -58,24 +59,24 @@ WindowBase::State::State (Firmware &F, FileDriver &Fd, GuiDriver &G) : Fw (F), F
 WindowBase::State::~State () {
   // Whatever is left (popups kept for the driver's life, windows of a test
   // that did not clean up) goes back to the pool without callbacks.
-  for (auto &Entry : Windows) Fw.FreePool (Entry.second->Header);
+  for (auto &Entry : Windows) PoolFree (Entry.second->Header);
   Windows.clear ();
   ControlMap.clear ();
-  for (void *Block : PoolGraveyard) Fw.FreePool (Block);
+  for (void *Block : PoolGraveyard) PoolFree (Block);
   PoolGraveyard.clear ();
 }
 
 void WindowBase::State::Flush () {
   std::vector<void *> Blocks;
   Blocks.swap (PoolGraveyard);
-  for (void *Block : Blocks) Fw.FreePool (Block);
+  for (void *Block : Blocks) PoolFree (Block);
   ControlGraveyard.clear ();
   InfoGraveyard.clear ();
 }
 
 void WindowBase::State::ReleaseBlock (void *Block) {
   if (Depth == 0)
-    Fw.FreePool (Block);
+    PoolFree (Block);
   else
     PoolGraveyard.push_back (Block);
 }
@@ -149,7 +150,7 @@ WINDOW_HEADER *WindowBase::State::Create (UINTN Size, WINDOW_HEADER *Parent, MES
   }
   if (Size < sizeof (WINDOW_HEADER)) Size = sizeof (WINDOW_HEADER);
   if (Size > (16u << 20)) return nullptr;
-  auto *Header = static_cast<WINDOW_HEADER *> (Fw.AllocatePool (Size));
+  auto *Header = static_cast<WINDOW_HEADER *> (PoolAllocate (Size));
   if (Header == nullptr) return nullptr;
   std::memset (Header, 0, Size);
   Header->X = X;
@@ -677,8 +678,7 @@ void FillIconOperations (WINDOW_BASE_PROTOCOL &Table);
 
 // ------------------------------------------------------------ the class
 
-WindowBase::WindowBase (Firmware &Fw, FileDriver &Files, GuiDriver &Gui, uint32_t Version)
-    : State_ (new State (Fw, Files, Gui)) {
+WindowBase::WindowBase (FileDriver &Files, GuiDriver &Gui, uint32_t Version) : State_ (new State (Files, Gui)) {
   Current = State_.get ();
   WINDOW_BASE_PROTOCOL &T = State_->Table;
   T.Version = Version;

@@ -52,7 +52,7 @@
 #include <string>
 #include <vector>
 
-#include "env/environment.h"
+#include "env/siblings.h"
 #include "services/window_base.h"
 
 namespace env {
@@ -87,7 +87,7 @@ struct DialogResult {
 
 class WindowBase {
  public:
-  WindowBase (Firmware &Fw, FileDriver &Files, GuiDriver &Gui, uint32_t Version);
+  WindowBase (FileDriver &Files, GuiDriver &Gui, uint32_t Version);
   ~WindowBase ();
   WindowBase (const WindowBase &) = delete;
   WindowBase &operator= (const WindowBase &) = delete;

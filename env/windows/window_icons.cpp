@@ -1,8 +1,6 @@
 // Icons: ICO files from the system folder (kept for the session) or from a
 // volume (freed by FreeIcon), decoded to pixels, drawn through the GUI driver.
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 #include "env/files/file_driver.h"
 #include "env/gui/gui_driver.h"
@@ -16,41 +14,6 @@ namespace {
 constexpr size_t kMaxIconFile = 16u << 20;
 
 WindowBase::State &S () { return *CurrentWindowBase (); }
-
-// Host path of a "\"-separated path under the system folder; empty when the
-// path would leave it.
-std::string SystemPath (const std::string &SystemDir, const char *Path) {
-  if (SystemDir.empty () || Path == nullptr) return {};
-  std::string Out = SystemDir;
-  std::string Part;
-  std::string Rest (Path);
-  Rest.push_back ('\\');
-  for (char C : Rest) {
-    if (C == '\\') {
-      if (Part == "..") return {};
-      if (!Part.empty () && Part != ".") Out += "/" + Part;
-      Part.clear ();
-    } else if (C == '/') {
-      return {};
-    } else {
-      Part.push_back (C);
-    }
-  }
-  return Out;
-}
-
-bool ReadHostFile (const std::string &Path, std::vector<uint8_t> &Bytes) {
-  if (Path.empty ()) return false;
-  std::ifstream In (Path, std::ios::binary);
-  if (!In) return false;
-  In.seekg (0, std::ios::end);
-  std::streamoff Size = In.tellg ();
-  if (Size <= 0 || static_cast<uint64_t> (Size) > kMaxIconFile) return false;
-  In.seekg (0);
-  Bytes.resize (static_cast<size_t> (Size));
-  In.read (reinterpret_cast<char *> (Bytes.data ()), Size);
-  return static_cast<bool> (In);
-}
 
 // The one place where icon files are decoded.
 bool DecodeIcon (const std::vector<uint8_t> &Bytes, bool BySize, unsigned SizeOrIndex, DecodedImage &Out) {
@@ -73,7 +36,7 @@ UINT8 EFIAPI OpLoadIcon (const CHAR8 *Path, UINT8 Size, UINT8) {
   if (It != S ().SessionIcons.end ()) return It->second;
   std::vector<uint8_t> Bytes;
   DecodedImage Image;
-  if (!ReadHostFile (SystemPath (S ().Files.SystemDir (), P), Bytes) || !DecodeIcon (Bytes, true, Size, Image))
+  if (!S ().Files.ReadSystemFile (P, Bytes, kMaxIconFile) || !DecodeIcon (Bytes, true, Size, Image))
     return ICON_NONE;
   UINT8 Id = S ().StoreIcon (std::move (Image), P, true);
   if (Id < ICON_NONE) S ().SessionIcons.emplace (Key, Id);
@@ -85,7 +48,7 @@ UINT8 EFIAPI OpLoadIconFromFile (UINT8 Volume, const CHAR8 *Path, UINT8, UINT8 I
   const char *P = reinterpret_cast<const char *> (Path);
   std::vector<uint8_t> Bytes;
   DecodedImage Image;
-  if (!ReadHostFile (S ().Files.ResolvePath (Volume, P), Bytes) || !DecodeIcon (Bytes, false, Index, Image))
+  if (!S ().Files.ReadVolumeFile (Volume, P, Bytes, kMaxIconFile) || !DecodeIcon (Bytes, false, Index, Image))
     return ICON_NONE;
   return S ().StoreIcon (std::move (Image), P, false);
 }

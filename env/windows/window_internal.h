@@ -92,10 +92,9 @@ struct IconSlot {
 };
 
 struct WindowBase::State {
-  State (Firmware &Fw, FileDriver &Files, GuiDriver &Gui);
+  State (FileDriver &Files, GuiDriver &Gui);
   ~State ();
 
-  Firmware &Fw;
   FileDriver &Files;
   GuiDriver &Gui;
   WINDOW_BASE_PROTOCOL Table {};

@@ -1,6 +1,7 @@
 // Popup menus, menu buttons of menu headers, text fields and buttons.
 #include <algorithm>
 
+#include "env/pool.h"
 #include "env/windows/window_internal.h"
 
 namespace env {
@@ -22,7 +23,7 @@ bool Selectable (const MenuItemObject &Item) {
 // --------------------------------------------------------------- popups
 
 WINDOW_HEADER *WindowBase::State::CreatePopup (VOID *Owner) {
-  auto *Header = static_cast<WINDOW_HEADER *> (Fw.AllocatePool (sizeof (WINDOW_HEADER)));
+  auto *Header = static_cast<WINDOW_HEADER *> (PoolAllocate (sizeof (WINDOW_HEADER)));
   if (Header == nullptr) return nullptr;
   *Header = WINDOW_HEADER {};
   Header->Kind = WINDOW_KIND_POPUP;

@@ -8,7 +8,7 @@
 #include "env/controls/control_driver.h"
 #include "env/files/file_driver.h"
 #include "env/jobio/jobio_driver.h"
-#include "env/ntfs/ntfs_service.h"
+#include "env/host/ntfs_service.h"
 #include "env/windows/window_base.h"
 #include "filemanager/main_window.h"
 #include "support/driver_fixture.h"

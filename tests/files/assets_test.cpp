@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "support/driver_fixture.h"
 
 namespace fs = std::filesystem;

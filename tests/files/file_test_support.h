@@ -12,12 +12,14 @@
 #include <vector>
 
 #include "env/files/file_driver.h"
+#include "env/host/environment.h"
+#include "env/host/folder_fs.h"
 #include "support/driver_fixture.h"
 
 class FileDriverTest : public ::testing::Test {
  protected:
   void SetUp () override {
-    Files_ = std::make_unique<env::FileDriver> (Fw_, System_.Path ().string (), 9);
+    Files_ = std::make_unique<env::FileDriver> (env::OpenFolderVolume (System_.Path ().string ()), 9);
     T = Files_->Table ();
     Baseline_ = Fw_.LiveAllocations ();
   }
@@ -31,7 +33,7 @@ class FileDriverTest : public ::testing::Test {
     Spec.Folder = Folder.string ();
     Spec.Flags = Flags;
     Spec.Label = std::move (Label);
-    return Files_->Mount (Spec);
+    return env::MountFolder (*Files_, Spec);
   }
   // Mounts the test's own folder as a volume.
   int MountMain (uint8_t Flags = 0) { return Volume_ = Mount (Main_.Path (), Flags); }

@@ -1,7 +1,7 @@
 // The stand-in firmware as a driver sees it through its tables.
 #include <gtest/gtest.h>
 
-#include "env/firmware/firmware.h"
+#include "env/host/firmware.h"
 
 namespace {
 

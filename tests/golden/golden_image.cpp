@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "env/render/screenshot.h"
+#include "env/host/screenshot.h"
 
 namespace {
 

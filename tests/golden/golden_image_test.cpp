@@ -3,7 +3,7 @@
 
 #include <fstream>
 
-#include "env/render/screenshot.h"
+#include "env/host/screenshot.h"
 #include "golden/golden_image.h"
 #include "support/driver_fixture.h"
 

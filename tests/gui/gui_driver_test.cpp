@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "env/firmware/firmware.h"
+#include "env/host/firmware.h"
 #include "env/gui/font.h"
 #include "env/gui/gbk.h"
 #include "env/gui/gui_driver.h"
@@ -13,7 +13,7 @@ namespace {
 class GuiTest : public ::testing::Test {
  protected:
   env::Firmware Fw;
-  env::GuiDriver Gui {Fw, 64, 48, 5};
+  env::GuiDriver Gui {64, 48, 5};
   GUI_DRIVER_PROTOCOL *T = Gui.Table ();
   env::PaintContext Screen = Gui.ScreenContext ();
 

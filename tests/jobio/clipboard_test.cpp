@@ -241,24 +241,29 @@ TEST_F (ClipboardTest, DeleteRemovesTreesAndEmptiesTheClipboard) {
   EXPECT_TRUE (fs::exists (S));
 }
 
-TEST_F (ClipboardTest, LinksNeverLeadOutOfTheVolume) {
+TEST_F (ClipboardTest, LinksAreCopiedAsLinksAndNeverFollowedOut) {
   fs::path S = VolumePath (Src), D = VolumePath (Dst);
   TempFolder Outside;
   WriteHostFile (Outside.Path () / "secret.txt", "secret");
   fs::create_symlink (Outside.Path () / "secret.txt", S / "docs/out.txt");
-  fs::create_symlink (S / "a.txt", S / "docs/in.txt");
+  fs::create_symlink ("../a.txt", S / "docs/in.txt");
   fs::create_directory_symlink (S, S / "docs/loop");
   Clip (Src, "\\", {"docs"});
-  EXPECT_FALSE (J->AddToClipboard (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\docs"),
-                                   (const CHAR8 *) "out.txt"));
-  Clip (Src, "\\", {"docs"});
   ASSERT_EQ (Paste (Dst, "\\"), 1u);
-  EXPECT_EQ (ReadHostFile (D / "docs/in.txt"), "alpha");
-  EXPECT_FALSE (fs::exists (fs::symlink_status (D / "docs/out.txt")));
-  EXPECT_FALSE (fs::exists (fs::symlink_status (D / "docs/loop")));
+  // Each link is copied as a link with its own target; the inner one still
+  // leads to a file of the volume, the others lead nowhere in it.
+  EXPECT_EQ (fs::read_symlink (D / "docs/in.txt"), "../a.txt");
+  EXPECT_EQ (fs::read_symlink (D / "docs/out.txt"), Outside.Path () / "secret.txt");
+  EXPECT_EQ (fs::read_symlink (D / "docs/loop"), S);
+  UINTN Size = 0;
+  auto *Text = static_cast<char *> (Env ().files ().Table ()->ReadFile ((UINT8) Dst, (const CHAR8 *) "\\docs\\out.txt", &Size));
+  ASSERT_NE (Text, nullptr);
+  EXPECT_EQ (std::string (Text, Size), (Outside.Path () / "secret.txt").string ()) << "the target, never the secret";
+  Fw ().FreePool (Text);
   // Deleting the folder removes the links, never what they lead to.
   Clip (Src, "\\", {"docs"});
   EXPECT_EQ (J->DeleteClipboardFiles (), 1u);
+  EXPECT_FALSE (fs::exists (fs::symlink_status (S / "docs")));
   EXPECT_EQ (ReadHostFile (Outside.Path () / "secret.txt"), "secret");
   EXPECT_EQ (ReadHostFile (S / "a.txt"), "alpha");
 }

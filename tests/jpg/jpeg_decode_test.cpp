@@ -47,7 +47,7 @@ std::vector<uint8_t> Encode (int Width, int Height, J_COLOR_SPACE Space, std::ve
 class JpegTest : public ::testing::Test {
  protected:
   env::Firmware Fw;
-  env::JpgDriver Driver {Fw, 1};
+  env::JpgDriver Driver {1};
   JPG_DRIVER_PROTOCOL *T = Driver.Table ();
 
   struct Result {

@@ -2,7 +2,7 @@
 // path or for a bare name with its entry number.
 #include <sys/stat.h>
 
-#include "env/ntfs/ntfs_service.h"
+#include "env/host/ntfs_service.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
 

@@ -5,7 +5,7 @@
 
 #include "env/controls/control_driver.h"
 #include "env/desktop/desktop_input.h"
-#include "env/desktop/sdl_desktop.h"
+#include "env/host/sdl_desktop.h"
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"

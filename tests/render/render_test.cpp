@@ -6,9 +6,10 @@
 
 #include "env/controls/control_driver.h"
 #include "env/gui/gui_driver.h"
+#include "env/images/codecs.h"
 #include "env/images/ico_decoder.h"
 #include "env/render/renderer.h"
-#include "env/render/screenshot.h"
+#include "env/host/screenshot.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
 

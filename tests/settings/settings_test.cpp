@@ -2,6 +2,7 @@
 // replaced atomically on Commit, and malformed files that never crash.
 #include <filesystem>
 
+#include "env/host/settings_file.h"
 #include "env/settings/settings_service.h"
 #include "support/driver_fixture.h"
 
@@ -38,7 +39,7 @@ TEST (SettingsService, ValuesPersistAcrossAReload) {
   fs::path File = Dir.Path () / "settings.ini";
   env::Firmware Fw;
   {
-    env::SettingsService S (Fw, File.string (), 1);
+    env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
     SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
     EXPECT_EQ (T->Version, 1u);
     bool Found = true;
@@ -57,7 +58,7 @@ TEST (SettingsService, ValuesPersistAcrossAReload) {
     EXPECT_EQ (S.CommitCount (), 1u);
     EXPECT_EQ (Fw.LiveAllocations (), 0u);
   }
-  env::SettingsService Reloaded (Fw, File.string (), 1);
+  env::SettingsService Reloaded (env::OpenSettingsFile (File.string ()), 1);
   SETTINGS_SERVICE_PROTOCOL *T = Reloaded.Table ();
   EXPECT_EQ (Get (T, Fw, "Surveyor", "Position"), "120,80,640,480");
   EXPECT_EQ (Get (T, Fw, "FileCmp", "Position"), "5,6,700,500");
@@ -77,7 +78,7 @@ TEST (SettingsService, CommitReplacesTheFileAtomically) {
   fs::path File = Dir.Path () / "s.ini";
   WriteHostFile (File, "[A]\nKey=old\n");
   env::Firmware Fw;
-  env::SettingsService S (Fw, File.string (), 1);
+  env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
   SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
   fs::create_hard_link (File, Dir.Path () / "old-link");
   Set (T, "A", "Key", "new");
@@ -98,7 +99,7 @@ TEST (SettingsService, CommitReplacesTheFileAtomically) {
   EXPECT_EQ (ReadHostFile (File), "[A]\nKey=first\n\n[B]\nOther=two\n");
 
   // A file that cannot be written keeps the values in memory; nothing crashes.
-  env::SettingsService Lost (Fw, (Dir.Path () / "no-such-folder" / "s.ini").string (), 1);
+  env::SettingsService Lost (env::OpenSettingsFile ((Dir.Path () / "no-such-folder" / "s.ini").string ()), 1);
   Set (Lost.Table (), "A", "K", "v");
   Lost.Table ()->Commit ();
   EXPECT_EQ (Lost.CommitCount (), 1u);
@@ -108,7 +109,7 @@ TEST (SettingsService, CommitReplacesTheFileAtomically) {
 
 TEST (SettingsService, MemoryOnlyStoreCountsCommits) {
   env::Firmware Fw;
-  env::SettingsService S (Fw, "", 1);
+  env::SettingsService S (nullptr, 1);
   SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
   Set (T, "Surveyor", "Position", "1,2,3,4");
   T->Commit ();
@@ -127,7 +128,7 @@ TEST (SettingsService, MalformedFilesAreReadAsFarAsTheyMakeSense) {
   Text += "[Dup]\nk=1\nK=2\n[\xFF\xFE]\n\x80=\x81\nlast=no newline";
   WriteHostFile (File, Text);
   env::Firmware Fw;
-  env::SettingsService S (Fw, File.string (), 1);
+  env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
   SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
   EXPECT_EQ (Get (T, Fw, nullptr, "top"), "level");
   EXPECT_EQ (Get (T, Fw, "", "comment"), "<none>");

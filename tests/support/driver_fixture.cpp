@@ -88,7 +88,7 @@ int DriverTest::MakeVolume (const std::string &Name, uint8_t Flags, uint8_t Kind
 fs::path DriverTest::VolumePath (int Volume) {
   for (auto &V : Volumes_)
     if (V.first == Volume) return V.second;
-  return Env_->files ().HostPath (Volume);
+  return Env_->HostFolder (Volume);
 }
 
 void DriverTest::WriteFile (int Volume, const std::string &Relative, const std::string &Bytes) {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "core/surveyor_protocol.h"
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "services/control_driver.h"
 #include "services/gui_driver.h"
 #include "services/window_base.h"

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "env/firmware/firmware.h"
+#include "env/host/firmware.h"
 #include "platform/library.h"
 
 namespace {

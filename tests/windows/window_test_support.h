@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "env/controls/control_driver.h"
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "env/gui/paint_context.h"
 #include "services/gui_driver.h"
 #include "env/windows/window_base.h"

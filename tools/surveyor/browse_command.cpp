@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "env/desktop/sdl_desktop.h"
+#include "env/host/sdl_desktop.h"
 #include "tools/surveyor/session.h"
 
 namespace surveyor {

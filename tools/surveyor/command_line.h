@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "env/environment.h"
+#include "env/host/environment.h"
 
 namespace surveyor {
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "env/environment.h"
+#include "env/host/environment.h"
 
 namespace surveyor {
 

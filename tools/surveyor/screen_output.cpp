@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "env/render/screenshot.h"
+#include "env/host/screenshot.h"
 
 namespace surveyor {
 

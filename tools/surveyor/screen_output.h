@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "env/environment.h"
+#include "env/host/environment.h"
 
 namespace surveyor {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "core/surveyor_protocol.h"
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "tools/surveyor/command_line.h"
 
 namespace surveyor {

@@ -1,4 +1,4 @@
-#include "env/render/screenshot.h"
+#include "env/host/screenshot.h"
 
 #include <png.h>
 
@@ -34,7 +34,7 @@ bool SaveScreenshot (const std::string &Path) {
   return Gui && SaveScreenshot (*Gui, Path);
 }
 
-bool RenderScreenshot (Environment &Env, const std::string &Path) {
+bool RenderScreenshot (Siblings &Env, const std::string &Path) {
   RenderDesktop (Env);
   return SaveScreenshot (Path);
 }

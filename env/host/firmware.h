@@ -59,6 +59,8 @@ class Firmware {
 
   // Console: every OutputString text, joined; lines split at "\n".
   const std::string &ConsoleText () const;
+  // Adds UTF-8 text to the console (the environment's own notices).
+  void AppendConsole (const std::string &Text);
   std::vector<std::string> ConsoleLines () const;
   void ClearConsole ();
 

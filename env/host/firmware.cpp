@@ -12,7 +12,7 @@
 //   EFI_INVALID_PARAMETER and counted (BadFrees), never a crash.
 // - ConsoleLines drops the "\r" before each "\n" and the empty piece after a
 //   final "\n".
-#include "env/firmware/firmware.h"
+#include "env/host/firmware.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -392,6 +392,7 @@ std::vector<std::string> Firmware::ConsoleLines () const {
 }
 
 void Firmware::ClearConsole () { State_->Console.clear (); }
+void Firmware::AppendConsole (const std::string &Text) { State_->Console += Text; }
 
 EFI_STATUS Firmware::LoadImage (EFI_IMAGE_ENTRY_POINT EntryPoint, EFI_HANDLE *ImageHandle) {
   if (EntryPoint == nullptr || ImageHandle == nullptr) return EFI_INVALID_PARAMETER;

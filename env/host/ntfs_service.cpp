@@ -1,4 +1,4 @@
-#include "env/ntfs/ntfs_service.h"
+#include "env/host/ntfs_service.h"
 #include "env/ascii_case.h"
 
 #include <sys/stat.h>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "env/files/file_driver.h"
+#include "env/host/environment.h"
 #include "env/windows/window_base.h"
 #include "services/file_driver.h"
 #include "services/gui_driver.h"
@@ -19,14 +20,14 @@
 namespace env {
 
 struct NtfsService::State {
-  Firmware &Fw;
+  Environment &Env;
   WindowBase &Windows;
   FileDriver &Files;
   NTFS_SERVICE_PROTOCOL Table {};
   bool Ready = true;
   unsigned Opened = 0;
   State *Previous = nullptr;
-  State (Firmware &F, WindowBase &W, FileDriver &Fd) : Fw (F), Windows (W), Files (Fd) {}
+  explicit State (Environment &E) : Env (E), Windows (E.windows ()), Files (E.files ()) {}
 };
 
 namespace {
@@ -74,17 +75,12 @@ BOOLEAN EFIAPI PrepareOp () { return gCurrent && gCurrent->Ready ? TRUE : FALSE;
 WINDOW_HEADER *EFIAPI OpenAttributesWindowOp (UINT8 Volume, UINT32 EntryNumber, const CHAR8 *PathOrName, UINTN) {
   NtfsService::State *S = gCurrent;
   if (!S || !PathOrName || Volume >= VOLUME_COUNT) return nullptr;
-  std::string Root = S->Files.HostPath (Volume);
+  std::string Root = S->Env.HostFolder (Volume);
   if (Root.empty ()) return nullptr;
   WINDOW_BASE_PROTOCOL *Base = S->Windows.Table ();
   if (!Base || !Base->CreateWindow) return nullptr;
 
   std::string Text ((const char *) PathOrName);
-  std::string Host;
-  if (!Text.empty () && Text[0] == '\\')
-    Host = S->Files.ResolvePath (Volume, Text.c_str ());
-  else if (!Text.empty ())
-    Host = FindByName (Root, Text, EntryNumber);
   std::string Name = Text;
   size_t Slash = Name.find_last_of ('\\');
   if (Slash != std::string::npos) Name = Name.substr (Slash + 1);
@@ -95,15 +91,29 @@ WINDOW_HEADER *EFIAPI OpenAttributesWindowOp (UINT8 Volume, UINT32 EntryNumber, 
   Lines.push_back ("Entry: " + std::to_string (EntryNumber));
   const FILE_DRIVER_PROTOCOL *Fd = S->Files.Table ();
   Lines.push_back ("Volume: " + std::to_string (Volume) + " " + std::string ((const char *) Fd->Volumes[Volume].Label));
-  struct stat St;
-  if (!Host.empty () && stat (Host.c_str (), &St) == 0) {
-    if (S_ISDIR (St.st_mode))
+  // A path is looked up on the volume; a bare name by its entry number.
+  NodeInfo Info;
+  bool Found = false;
+  if (!Text.empty () && Text[0] == '\\') {
+    Found = S->Files.OpenPath (Volume, Text.c_str (), &Info) != nullptr;
+  } else if (!Text.empty ()) {
+    std::string Host = FindByName (Root, Text, EntryNumber);
+    struct stat St;
+    if (!Host.empty () && stat (Host.c_str (), &St) == 0) {
+      Found = true;
+      Info.Kind = S_ISDIR (St.st_mode) ? NodeKind::Directory : NodeKind::File;
+      Info.Size = static_cast<uint64_t> (St.st_size);
+      Info.Seconds = St.st_mtime;
+    }
+  }
+  if (Found) {
+    if (Info.Kind == NodeKind::Directory)
       Lines.push_back ("Size: folder");
     else
-      Lines.push_back ("Size: " + std::to_string ((unsigned long long) St.st_size) + " bytes");
+      Lines.push_back ("Size: " + std::to_string ((unsigned long long) Info.Size) + " bytes");
     char Date[64] = "";
     struct tm Local;
-    time_t When = St.st_mtime;
+    time_t When = static_cast<time_t> (Info.Seconds);
     if (localtime_r (&When, &Local)) std::strftime (Date, sizeof Date, "%Y-%m-%d %H:%M:%S", &Local);
     Lines.push_back (std::string ("Modified: ") + Date);
   } else {
@@ -129,8 +139,7 @@ WINDOW_HEADER *EFIAPI OpenAttributesWindowOp (UINT8 Volume, UINT32 EntryNumber, 
 
 }  // namespace
 
-NtfsService::NtfsService (Firmware &Fw, WindowBase &Windows, FileDriver &Files)
-    : State_ (new State (Fw, Windows, Files)) {
+NtfsService::NtfsService (Environment &Env) : State_ (new State (Env)) {
   State_->Table.Version = 1;
   State_->Table.Prepare = PrepareOp;
   State_->Table.OpenAttributesWindow = OpenAttributesWindowOp;

@@ -1,4 +1,4 @@
-// The stand-in NTFS service: Prepare and a small attributes window.
+// The NTFS service of the host: Prepare and a small attributes window.
 //
 // Behaviour chosen for this service:
 // - Prepare returns the ready flag (TRUE unless a test sets it otherwise).
@@ -16,16 +16,17 @@
 
 #include <memory>
 
-#include "env/environment.h"
 #include "services/ntfs_service.h"
 
 namespace env {
+
+class Environment;
 
 constexpr size_t kNtfsSearchLimit = 20000;
 
 class NtfsService {
  public:
-  NtfsService (Firmware &Fw, WindowBase &Windows, FileDriver &Files);
+  explicit NtfsService (Environment &Env);
   ~NtfsService ();
   NtfsService (const NtfsService &) = delete;
   NtfsService &operator= (const NtfsService &) = delete;

@@ -7,7 +7,7 @@
 
 namespace env {
 
-class Environment;
+class Siblings;
 class GuiDriver;
 
 // Writes the framebuffer of the GUI driver alive now; false when there is
@@ -15,7 +15,7 @@ class GuiDriver;
 bool SaveScreenshot (const std::string &Path);
 bool SaveScreenshot (const GuiDriver &Gui, const std::string &Path);
 // Paints the desktop (RenderDesktop) and then writes it.
-bool RenderScreenshot (Environment &Env, const std::string &Path);
+bool RenderScreenshot (Siblings &Env, const std::string &Path);
 // Writes 0x00RRGGBB pixels, rows top-down, as an RGB PNG.
 bool WritePng (const std::string &Path, const uint32_t *Pixels, int Width, int Height);
 

@@ -1,4 +1,4 @@
-#include "env/desktop/sdl_desktop.h"
+#include "env/host/sdl_desktop.h"
 
 #include <SDL.h>
 
@@ -7,10 +7,10 @@
 #include <cstring>
 
 #include "env/desktop/desktop_input.h"
-#include "env/environment.h"
+#include "env/siblings.h"
 #include "env/gui/gui_driver.h"
 #include "env/render/renderer.h"
-#include "env/render/screenshot.h"
+#include "env/host/screenshot.h"
 #include "env/windows/window_base.h"
 
 namespace env {
@@ -54,7 +54,7 @@ UINT32 ShiftState (Uint16 Mod) {
 // until the user presses their button.
 class SdlDesktop {
  public:
-  SdlDesktop (Environment &Env, const DesktopOptions &Options)
+  SdlDesktop (Siblings &Env, const DesktopOptions &Options)
       : Env_ (Env), Options_ (Options), Scale_ (std::max (1, Options.Scale)), Input_ (Env) {}
   ~SdlDesktop () { Close (); }
 
@@ -192,7 +192,7 @@ class SdlDesktop {
     Dirty_ = true;
   }
 
-  Environment &Env_;
+  Siblings &Env_;
   const DesktopOptions &Options_;
   const int Scale_;
   DesktopInput Input_;
@@ -206,7 +206,7 @@ class SdlDesktop {
 
 }  // namespace
 
-bool RunDesktop (Environment &Env, const DesktopOptions &Options) {
+bool RunDesktop (Siblings &Env, const DesktopOptions &Options) {
   if (SDL_Init (SDL_INIT_VIDEO) != 0) {
     std::fprintf (stderr, "desktop: %s\n", SDL_GetError ());
     return false;

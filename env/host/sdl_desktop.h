@@ -8,7 +8,7 @@
 
 namespace env {
 
-class Environment;
+class Siblings;
 
 struct DesktopOptions {
   std::string Title = "Surveyor";
@@ -21,6 +21,6 @@ struct DesktopOptions {
 
 // Runs until the window is closed (or the options end it). Returns false
 // when no display can be opened (for example without X); nothing is changed then.
-bool RunDesktop (Environment &Env, const DesktopOptions &Options = DesktopOptions ());
+bool RunDesktop (Siblings &Env, const DesktopOptions &Options = DesktopOptions ());
 
 }  // namespace env
