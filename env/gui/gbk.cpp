@@ -1,61 +1,32 @@
-// GBK decoding through the C library's iconv: the table of every double-byte
-// character is converted once, at first use.
+// GBK decoding with the built-in table (glyph_table.h), and its inverse.
 #include "env/gui/gbk.h"
 
-#include <iconv.h>
+#include <algorithm>
+#include <utility>
+#include <vector>
 
-#include <array>
-#include <cstring>
+#include "env/gui/glyph_table.h"
 
 namespace env {
 
 namespace {
 
-constexpr unsigned FirstLead = 0x81, LastLead = 0xFE;
-constexpr unsigned FirstTrail = 0x40, LastTrail = 0xFE;
-constexpr unsigned TrailCount = LastTrail - FirstTrail + 1;
 constexpr char32_t Replacement = 0xFFFD;
-
-using GbkTable = std::array<char32_t, (LastLead - FirstLead + 1) * TrailCount>;
-
-GbkTable BuildTable () {
-  GbkTable Table;
-  Table.fill (Replacement);
-  iconv_t Cd = iconv_open ("UTF-32LE", "GBK");
-  if (Cd == (iconv_t)-1) return Table;
-  for (unsigned Lead = FirstLead; Lead <= LastLead; Lead++) {
-    for (unsigned Trail = FirstTrail; Trail <= LastTrail; Trail++) {
-      if (Trail == 0x7F) continue;
-      char In[2] = {static_cast<char> (Lead), static_cast<char> (Trail)};
-      unsigned char Out[8] = {};
-      char *InPtr = In, *OutPtr = reinterpret_cast<char *> (Out);
-      size_t InLeft = 2, OutLeft = sizeof Out;
-      iconv (Cd, nullptr, nullptr, nullptr, nullptr);
-      if (iconv (Cd, &InPtr, &InLeft, &OutPtr, &OutLeft) == (size_t)-1 || OutLeft != 4) continue;
-      char32_t Cp = Out[0] | (Out[1] << 8) | (Out[2] << 16) | (static_cast<char32_t> (Out[3]) << 24);
-      Table[(Lead - FirstLead) * TrailCount + (Trail - FirstTrail)] = Cp;
-    }
-  }
-  iconv_close (Cd);
-  return Table;
-}
-
-const GbkTable &Table () {
-  static const GbkTable Instance = BuildTable ();
-  return Instance;
-}
 
 }  // namespace
 
 bool IsGbkPair (unsigned char Lead, unsigned char Trail) {
-  return Lead >= FirstLead && Lead <= LastLead && Trail >= FirstTrail && Trail <= LastTrail && Trail != 0x7F;
+  return Lead >= kGbkFirstLead && Lead <= kGbkLastLead && Trail >= kGbkFirstTrail && Trail <= kGbkLastTrail &&
+         Trail != 0x7F;
 }
 
 GbkChar GbkCharAt (const unsigned char *Text, size_t Length, size_t Index) {
   unsigned char B = Text[Index];
   if (B < 0x80) return {B, 1};
   if (Index + 1 < Length && IsGbkPair (B, Text[Index + 1])) {
-    return {Table ()[(B - FirstLead) * TrailCount + (Text[Index + 1] - FirstTrail)], 2};
+    const GlyphTable &T = BuiltInGlyphs ();
+    char32_t Cp = T.GbkToUnicode ? T.GbkToUnicode[(B - kGbkFirstLead) * kGbkTrails + (Text[Index + 1] - kGbkFirstTrail)] : 0;
+    return {Cp != 0 ? Cp : Replacement, 2};
   }
   return {Replacement, 1};
 }
@@ -93,6 +64,30 @@ std::string GbkToUtf8 (const std::string &Gbk) {
   std::string Out;
   for (char32_t Cp : GbkToUnicode (Gbk)) AppendUtf8 (Out, Cp);
   return Out;
+}
+
+bool UnicodeToGbk (char32_t CodePoint, std::string &Out) {
+  if (CodePoint < 0x80) {
+    Out.push_back (static_cast<char> (CodePoint));
+    return true;
+  }
+  // The inverse table, sorted by code point, made at first use.
+  static std::vector<std::pair<uint16_t, uint16_t>> *Inverse = nullptr;
+  if (Inverse == nullptr) {
+    Inverse = new std::vector<std::pair<uint16_t, uint16_t>> ();
+    const GlyphTable &T = BuiltInGlyphs ();
+    for (unsigned I = 0; T.GbkToUnicode && I < kGbkPairs; I++)
+      if (T.GbkToUnicode[I] >= 0x80) Inverse->emplace_back (T.GbkToUnicode[I], static_cast<uint16_t> (I));
+    std::stable_sort (Inverse->begin (), Inverse->end (),
+                      [] (const auto &A, const auto &B) { return A.first < B.first; });
+  }
+  if (CodePoint > 0xFFFF) return false;
+  auto It = std::lower_bound (Inverse->begin (), Inverse->end (), static_cast<uint16_t> (CodePoint),
+                              [] (const std::pair<uint16_t, uint16_t> &E, uint16_t Cp) { return E.first < Cp; });
+  if (It == Inverse->end () || It->first != CodePoint) return false;
+  Out.push_back (static_cast<char> (kGbkFirstLead + It->second / kGbkTrails));
+  Out.push_back (static_cast<char> (kGbkFirstTrail + It->second % kGbkTrails));
+  return true;
 }
 
 }  // namespace env

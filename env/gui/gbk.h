@@ -30,6 +30,9 @@ std::u32string GbkToUnicode (const std::string &Gbk);
 // A GBK text as UTF-8 (for terminals, logs and file names on the host).
 std::string GbkToUtf8 (const std::string &Gbk);
 
+// Appends the GBK bytes of a code point; false when GBK has no such character.
+bool UnicodeToGbk (char32_t CodePoint, std::string &Out);
+
 // Appends the UTF-8 form of one code point.
 void AppendUtf8 (std::string &Out, char32_t CodePoint);
 

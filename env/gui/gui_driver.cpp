@@ -268,7 +268,6 @@ int GuiDriver::TextWidth (const std::string &Gbk) {
 
 int GuiDriver::DrawText (const PaintContext &Ctx, int X, int Y, const std::string &Gbk, uint32_t Colour) {
   State_->DrawCount++;
-  const Font &F = Font::System ();
   const auto *Bytes = reinterpret_cast<const unsigned char *> (Gbk.data ());
   Rect C = State_->Clip (Ctx);
   int Start = X;
@@ -279,8 +278,9 @@ int GuiDriver::DrawText (const PaintContext &Ctx, int X, int Y, const std::strin
     int Cell = Ch.Bytes == 2 ? 16 : 8;
     if (X >= C.X1) break;
     if (X + Cell > C.X0 && Y < C.Y1 && Y + int (kFontHeight) > C.Y0) {
-      const Glyph *G = F.Find (Ch.CodePoint);
-      if (!G && Ch.CodePoint == 0xFFFD) G = F.Find ('?');
+      Glyph Found;
+      bool Has = FindGlyph (Ch.CodePoint, Found) || (Ch.CodePoint == 0xFFFD && FindGlyph ('?', Found));
+      const Glyph *G = Has ? &Found : nullptr;
       if (G) {
         // A narrow glyph in a double-byte cell is centred in it.
         int Gx = X + (Cell > G->Width ? (Cell - G->Width) / 2 : 0);
