@@ -6,12 +6,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "env/desktop/desktop_input.h"
+#include "env/desktop/desktop_loop.h"
 #include "env/siblings.h"
 #include "env/gui/gui_driver.h"
-#include "env/render/renderer.h"
 #include "env/host/screenshot.h"
 #include "env/windows/window_base.h"
+
+#include <vector>
 
 namespace env {
 
@@ -48,37 +49,30 @@ UINT32 ShiftState (Uint16 Mod) {
   return S;
 }
 
-// One SDL window showing the framebuffer. Step () waits for input or the
-// next timer tick, hands the input on, and presents a new frame when
-// something changed; message boxes run Step () in a loop of their own
-// until the user presses their button.
-class SdlDesktop {
+// One SDL window showing the framebuffer, as a backend of the desktop loop.
+class SdlBackend : public DesktopBackend {
  public:
-  SdlDesktop (Siblings &Env, const DesktopOptions &Options)
-      : Env_ (Env), Options_ (Options), Scale_ (std::max (1, Options.Scale)), Input_ (Env) {}
-  ~SdlDesktop () { Close (); }
+  SdlBackend (GuiDriver &Gui, const DesktopOptions &Options)
+      : Gui_ (Gui), Options_ (Options), Scale_ (std::max (1, Options.Scale)) {}
+  ~SdlBackend () override { Close (); }
 
   bool Open () {
-    GuiDriver &Gui = Env_.gui ();
     Window_ = SDL_CreateWindow (Options_.Title.c_str (), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
-                                Gui.Width () * Scale_, Gui.Height () * Scale_, 0);
+                                Gui_.Width () * Scale_, Gui_.Height () * Scale_, 0);
     Renderer_ = Window_ ? SDL_CreateRenderer (Window_, -1, 0) : nullptr;
     Texture_ = Renderer_ ? SDL_CreateTexture (Renderer_, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STREAMING,
-                                              Gui.Width (), Gui.Height ())
+                                              Gui_.Width (), Gui_.Height ())
                          : nullptr;
     if (!Texture_) {
       std::fprintf (stderr, "desktop: %s\n", SDL_GetError ());
       return false;
     }
     SDL_SetTextureBlendMode (Texture_, SDL_BLENDMODE_NONE);
-    Env_.windows ().SetMessageBoxAnswerer ([this] (const MessageBoxRecord &) -> UINTN { return RunMessageBox (); });
     SDL_StartTextInput ();
-    NextTick_ = SDL_GetTicks () + Options_.TickMilliseconds;
     return true;
   }
 
   void Close () {
-    Env_.windows ().SetMessageBoxAnswerer (nullptr);
     if (Texture_) SDL_StopTextInput ();
     if (Texture_) SDL_DestroyTexture (Texture_);
     if (Renderer_) SDL_DestroyRenderer (Renderer_);
@@ -86,122 +80,117 @@ class SdlDesktop {
     Texture_ = nullptr, Renderer_ = nullptr, Window_ = nullptr;
   }
 
-  void Run () {
-    while (!Quit_) {
-      Step ();
-      if (Options_.QuitWhenNoWindows && Env_.windows ().TopLevelWindows ().empty ()) Quit_ = true;
+  bool Wait (unsigned TimeoutMs, InputEvent &Event) override {
+    while (Pending_.empty ()) {
+      SDL_Event E;
+      if (!SDL_WaitEventTimeout (&E, static_cast<int> (TimeoutMs))) return false;
+      Translate (E);
+      TimeoutMs = 0;
     }
+    Event = Pending_.front ();
+    Pending_.erase (Pending_.begin ());
+    return true;
   }
 
- private:
-  // The box's own loop: the window system waits (no timers, no messages)
-  // until the button is pressed or the desktop is closed.
-  UINTN RunMessageBox () {
-    WindowBase &Wb = Env_.windows ();
-    Dirty_ = true;
-    while (!Quit_ && Wb.OpenMessageBox () && !Wb.OpenMessageBox ()->Dismissed) Step ();
-    Dirty_ = true;
-    return 1;
+  uint64_t NowMs () override { return SDL_GetTicks64 (); }
+
+  void Flush (int X, int Y, int Width, int Height, const uint32_t *Pixels, int Stride) override {
+    SDL_Rect Area {X, Y, Width, Height};
+    SDL_UpdateTexture (Texture_, &Area, Pixels, Stride * 4);
   }
 
-  void Step () {
-    WindowBase &Wb = Env_.windows ();
-    SDL_Event E;
-    Uint32 Now = SDL_GetTicks ();
-    int Wait = NextTick_ > Now ? static_cast<int> (NextTick_ - Now) : 0;
-    if (SDL_WaitEventTimeout (&E, std::min (Wait, 50))) {
-      do Handle (E);
-      while (!Quit_ && SDL_PollEvent (&E));
-    }
-    Now = SDL_GetTicks ();
-    if (static_cast<Sint32> (Now - NextTick_) >= 0) {
-      NextTick_ = Now + Options_.TickMilliseconds;
-      if (Wb.RunTimerTick () > 0) Dirty_ = true;
-      if (Wb.PumpMessages () > 0) Dirty_ = true;
-    }
-    // An unattended run (MaxFrames) presents on every step, so that it ends
-    // even when nothing changes (for example while a message box waits).
-    if ((Dirty_ || Options_.MaxFrames) && !Quit_) Present ();
-  }
-
-  void Present () {
-    GuiDriver &Gui = Env_.gui ();
-    RenderDesktop (Env_);
-    SDL_UpdateTexture (Texture_, nullptr, Gui.Framebuffer (), Gui.Width () * 4);
+  void FrameDone () override {
     SDL_RenderClear (Renderer_);
     SDL_RenderCopy (Renderer_, Texture_, nullptr, nullptr);
     SDL_RenderPresent (Renderer_);
-    Dirty_ = false;
-    if (Options_.MaxFrames && ++Frames_ >= Options_.MaxFrames) Quit_ = true;
   }
 
-  void Handle (const SDL_Event &E) {
+ private:
+  void Push (InputEvent E) { Pending_.push_back (E); }
+
+  void Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
+    InputEvent E;
+    E.Type = InputEvent::Kind::Key;
+    E.Char = Ch, E.Scan = Scan, E.Shift = Shift;
+    Push (E);
+  }
+
+  void Translate (const SDL_Event &E) {
     const int Scale = Scale_;
+    InputEvent Out;
     switch (E.type) {
       case SDL_QUIT:
-        Quit_ = true;
-        return;
+        Out.Type = InputEvent::Kind::Quit;
+        Push (Out);
+        break;
       case SDL_MOUSEBUTTONDOWN:
         if (E.button.button == SDL_BUTTON_LEFT || E.button.button == SDL_BUTTON_RIGHT) {
-          Uint16 Mod = SDL_GetModState ();
-          Input_.MouseDown (E.button.x / Scale, E.button.y / Scale,
-                            E.button.button == SDL_BUTTON_LEFT ? MouseButton::Left : MouseButton::Right,
-                            E.button.clicks, Mod & KMOD_CTRL, Mod & KMOD_SHIFT);
+          Out.Type = InputEvent::Kind::PointerDown;
+          Out.X = E.button.x / Scale, Out.Y = E.button.y / Scale;
+          Out.Button = E.button.button == SDL_BUTTON_LEFT ? MouseButton::Left : MouseButton::Right;
+          Out.Clicks = E.button.clicks;
+          Out.Shift = ShiftState (SDL_GetModState ());
+          Push (Out);
         }
         break;
       case SDL_MOUSEBUTTONUP:
-        Input_.MouseUp (E.button.x / Scale, E.button.y / Scale);
+        Out.Type = InputEvent::Kind::PointerUp;
+        Out.X = E.button.x / Scale, Out.Y = E.button.y / Scale;
+        Push (Out);
         break;
       case SDL_MOUSEMOTION:
-        if (!Input_.MouseMove (E.motion.x / Scale, E.motion.y / Scale)) return;
+        Out.Type = InputEvent::Kind::PointerMove;
+        Out.X = E.motion.x / Scale, Out.Y = E.motion.y / Scale;
+        Push (Out);
         break;
       case SDL_MOUSEWHEEL: {
         int Mx = 0, My = 0;
         SDL_GetMouseState (&Mx, &My);
-        Input_.Wheel (Mx / Scale, My / Scale, E.wheel.y);
+        Out.Type = InputEvent::Kind::Wheel;
+        Out.X = Mx / Scale, Out.Y = My / Scale, Out.Lines = E.wheel.y;
+        Push (Out);
         break;
       }
       case SDL_TEXTINPUT:
         // Characters typed (ASCII only: the driver's texts are 8-bit).
-        for (const char *P = E.text.text; *P; P++) {
-          if (static_cast<unsigned char> (*P) < 0x80) Input_.Key (static_cast<CHAR16> (*P), 0, ShiftState (SDL_GetModState ()));
-        }
+        for (const char *P = E.text.text; *P; P++)
+          if (static_cast<unsigned char> (*P) < 0x80) Key (static_cast<CHAR16> (*P), 0, ShiftState (SDL_GetModState ()));
         break;
       case SDL_KEYDOWN: {
         SDL_Keycode K = E.key.keysym.sym;
         UINT32 Shift = ShiftState (E.key.keysym.mod);
         if (UINT16 Scan = ScanOf (K)) {
-          Input_.Key (0, Scan, Shift);
+          Key (0, Scan, Shift);
         } else if (K == SDLK_RETURN || K == SDLK_KP_ENTER) {
-          Input_.Key (0x0D, 0, Shift);
+          Key (0x0D, 0, Shift);
         } else if (K == SDLK_BACKSPACE) {
-          Input_.Key (0x08, 0, Shift);
+          Key (0x08, 0, Shift);
         } else if (K == SDLK_TAB) {
-          Input_.Key (0x09, 0, Shift);
+          Key (0x09, 0, Shift);
         } else if ((E.key.keysym.mod & (KMOD_ALT | KMOD_CTRL)) && K >= 0x20 && K < 0x7F) {
           // With Alt or Ctrl no text event comes: send the letter here.
-          Input_.Key (static_cast<CHAR16> (K), 0, Shift);
+          Key (static_cast<CHAR16> (K), 0, Shift);
         } else if (K == SDLK_MENU || K == SDLK_APPLICATION) {
-          Input_.Key (0, SCAN_CODE_HOTKEY, Shift);
+          Key (0, SCAN_CODE_HOTKEY, Shift);
         }
         break;
       }
+      case SDL_WINDOWEVENT:
+        // Shown again or uncovered: everything is shown anew.
+        if (E.window.event == SDL_WINDOWEVENT_EXPOSED) FrameDone ();
+        break;
       default:
-        return;
+        break;
     }
-    Dirty_ = true;
   }
 
-  Siblings &Env_;
+  GuiDriver &Gui_;
   const DesktopOptions &Options_;
   const int Scale_;
-  DesktopInput Input_;
   SDL_Window *Window_ = nullptr;
   SDL_Renderer *Renderer_ = nullptr;
   SDL_Texture *Texture_ = nullptr;
-  Uint32 NextTick_ = 0;
-  unsigned Frames_ = 0;
-  bool Quit_ = false, Dirty_ = true;
+  std::vector<InputEvent> Pending_;
 };
 
 }  // namespace
@@ -220,13 +209,17 @@ bool RunDesktop (Siblings &Env, const DesktopOptions &Options) {
     return false;
   }
   {
-    SdlDesktop Desktop (Env, Options);
-    if (!Desktop.Open ()) {
-      Desktop.Close ();
+    SdlBackend Backend (Env.gui (), Options);
+    if (!Backend.Open ()) {
+      Backend.Close ();
       SDL_Quit ();
       return false;
     }
-    Desktop.Run ();
+    DesktopLoopOptions Loop;
+    Loop.TickMilliseconds = Options.TickMilliseconds;
+    Loop.QuitWhenNoWindows = Options.QuitWhenNoWindows;
+    Loop.MaxFrames = Options.MaxFrames;
+    RunDesktopLoop (Env, Backend, Loop);
     if (!Options.ScreenshotAtExit.empty ()) SaveScreenshot (Env.gui (), Options.ScreenshotAtExit);
   }
   SDL_Quit ();

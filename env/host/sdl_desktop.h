@@ -1,7 +1,8 @@
-// The interactive desktop: an SDL2 window that shows the framebuffer and
-// hands the user's mouse and keyboard to the window system (DesktopInput).
-// Timers tick every TickMilliseconds; a message box is drawn over the desktop
-// and waits for the user to press its button (then answers 1).
+// The interactive desktop on the host: an SDL2 window as the backend of the
+// desktop loop (desktop/desktop_loop.h), which shows the framebuffer and hands
+// the user's mouse and keyboard to the window system. Timers tick every
+// TickMilliseconds; a message box is drawn over the desktop and waits for the
+// user to press its button (then answers 1).
 #pragma once
 
 #include <string>
