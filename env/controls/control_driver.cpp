@@ -18,7 +18,7 @@ WindowBase::State &B () { return Current->Base; }
 
 template <class Object>
 Object *As (const void *Target) {
-  return dynamic_cast<Object *> (B ().FindControl (Target));
+  return ObjectAs<Object> (B ().FindControl (Target));
 }
 
 }  // namespace

@@ -31,6 +31,8 @@ ControlDriver::State *CurrentControls ();
 // In-place edit of a list row or a tree item: typed text, Enter applies,
 // Escape cancels.
 struct EditObject : RecordControl<CONTROL> {
+  static constexpr int Type = 10;
+  int TypeId () const override { return Type; }
   std::function<void (const std::string &, bool)> Finish;
   bool OnKey (MESSAGE &Message) override;
 };
@@ -44,10 +46,14 @@ struct ListRow {
 struct ListObject;
 
 struct ScrollBarObject : RecordControl<CONTROL> {
+  static constexpr int Type = 11;
+  int TypeId () const override { return Type; }
   ListObject *List = nullptr;
 };
 
 struct ListObject : RecordControl<LIST_CONTROL> {
+  static constexpr int Type = 12;
+  int TypeId () const override { return Type; }
   std::vector<ListColumnInfo> Columns;
   std::vector<std::unique_ptr<ListRow>> Rows;
   CONTROL *Edit = nullptr;
@@ -71,6 +77,8 @@ struct TreeItem {
 };
 
 struct TreeObject : RecordControl<FILE_LIST> {
+  static constexpr int Type = 13;
+  int TypeId () const override { return Type; }
   std::vector<std::unique_ptr<TreeItem>> Items;
   CONTROL *Edit = nullptr;
   TreeItem *EditItem = nullptr;
@@ -87,15 +95,22 @@ struct TreeObject : RecordControl<FILE_LIST> {
 };
 
 struct ComboObject : RecordControl<COMBO_BOX> {
+  static constexpr int Type = 14;
+  int TypeId () const override { return Type; }
   std::vector<std::string> Items;
 };
 
 struct LogObject : RecordControl<LOG_VIEW> {
+  static constexpr int Type = 15;
+  int TypeId () const override { return Type; }
   std::vector<std::string> Lines;
   std::string Path;
 };
 
-struct TextViewObject : RecordControl<CONTROL> {};
+struct TextViewObject : RecordControl<CONTROL> {
+  static constexpr int Type = 16;
+  int TypeId () const override { return Type; }
+};
 
 // Case-insensitive (ASCII letters) equality of two paths or names.
 // The name at the start of an entry record (or a plain text), at most 191 bytes.

@@ -13,7 +13,7 @@ namespace {
 WindowBase::State &B () { return CurrentControls ()->Base; }
 ControlDriver::State &C () { return *CurrentControls (); }
 
-TreeObject *AsTree (const void *Target) { return dynamic_cast<TreeObject *> (B ().FindControl (Target)); }
+TreeObject *AsTree (const void *Target) { return ObjectAs<TreeObject> (B ().FindControl (Target)); }
 
 uint16_t DepthOf (const std::string &Path) {
   size_t Depth = 0;

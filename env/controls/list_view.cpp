@@ -13,7 +13,7 @@ namespace {
 ControlDriver::State &C () { return *CurrentControls (); }
 WindowBase::State &B () { return CurrentControls ()->Base; }
 
-ListObject *AsList (const void *Target) { return dynamic_cast<ListObject *> (B ().FindControl (Target)); }
+ListObject *AsList (const void *Target) { return ObjectAs<ListObject> (B ().FindControl (Target)); }
 
 
 }  // namespace
@@ -338,7 +338,7 @@ VOID EFIAPI OpClearList (LIST_CONTROL *Target) {
 }
 
 VOID EFIAPI OpSetScrollPosition (CONTROL *ScrollBar, UINT16 Row) {
-  auto *Bar = dynamic_cast<ScrollBarObject *> (B ().FindControl (ScrollBar));
+  auto *Bar = ObjectAs<ScrollBarObject> (B ().FindControl (ScrollBar));
   if (Bar == nullptr || Bar->List == nullptr) return;
   LIST_CONTROL &L = Bar->List->Data;
   uint16_t MaxTop = L.RowCount > L.VisibleRows ? static_cast<uint16_t> (L.RowCount - L.VisibleRows) : 0;

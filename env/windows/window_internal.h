@@ -43,6 +43,8 @@ struct ControlObject {
   virtual bool OnKey (MESSAGE &Message) { return false; }
   // The control goes away: release the sub-controls it owns.
   virtual void OnDestroy () {}
+  // Which kind of object this is (ObjectAs checks it; there is no RTTI in firmware).
+  virtual int TypeId () const { return 0; }
   // Position or size changed by a resize record.
   virtual void OnResized () {}
 };
@@ -58,6 +60,8 @@ struct RecordControl : ControlObject {
 
 // Menu items of popups and menu headers.
 struct MenuItemObject : RecordControl<MENU_ITEM> {
+  static constexpr int Type = 1;
+  int TypeId () const override { return Type; }
   std::string TooltipStore;
   bool Separator = false;
   // MSG_COMMAND with byte 1 = 2 opens the item's popup (byte 8 = 1: first item highlighted).
@@ -66,8 +70,16 @@ struct MenuItemObject : RecordControl<MENU_ITEM> {
 
 // Text fields: framed ones take typed text when focused.
 struct TextFieldObject : RecordControl<CONTROL> {
+  static constexpr int Type = 2;
+  int TypeId () const override { return Type; }
   bool OnKey (MESSAGE &Message) override;
 };
+
+// The object as its own type, or null when it is another kind.
+template <class Object>
+Object *ObjectAs (ControlObject *Any) {
+  return Any != nullptr && Any->TypeId () == Object::Type ? static_cast<Object *> (Any) : nullptr;
+}
 
 struct WindowInfo {
   WINDOW_HEADER *Header = nullptr;

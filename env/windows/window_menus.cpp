@@ -266,7 +266,7 @@ MENU_ITEM *EFIAPI OpCreateMenuButton (WINDOW_HEADER *Header, UINT16 X, UINT16 Wi
 }
 
 VOID EFIAPI OpSetTooltip (MENU_ITEM *Item, const CHAR8 *Text, UINTN, UINTN) {
-  auto *Object = dynamic_cast<MenuItemObject *> (S ().FindControl (Item));
+  auto *Object = ObjectAs<MenuItemObject> (S ().FindControl (Item));
   if (Object == nullptr) return;
   Object->TooltipStore = Text != nullptr ? reinterpret_cast<const char *> (Text) : "";
   Object->Data.Tooltip = reinterpret_cast<CHAR8 *> (Object->TooltipStore.data ());
@@ -360,7 +360,7 @@ bool WindowBase::ChoosePopupItem (WINDOW_HEADER *Popup, const std::string &Text)
 void WindowBase::ClosePopup () { State_->ClosePopup (true); }
 
 bool WindowBase::ClickMenuItem (MENU_ITEM *Item) {
-  auto *Object = dynamic_cast<MenuItemObject *> (State_->FindControl (Item));
+  auto *Object = ObjectAs<MenuItemObject> (State_->FindControl (Item));
   if (Object == nullptr || (Item->Control.Flags & WINDOW_FLAG_ENABLED) == 0) return false;
   State::Scope Guard (*State_);
   if (Item->Command != nullptr) {

@@ -1,0 +1,32 @@
+// The small text file on the boot volume that says which volumes are the
+// comparison volumes ("\efi\kivora\surveyor.cfg"), so that a backup stick
+// can be checked against a disk before an operating system boots:
+//
+//   # the backups, by volume label
+//   compare1 = BACKUP
+//   compare2 = OLD BACKUP
+//
+// Keys as in the resource file (resource_file.h); labels compare without
+// ASCII case. The volume labelled compare1 gets flags 0x81, compare2 0x82.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "env/files/volume_fs.h"
+
+namespace env {
+
+constexpr const char *kVolumeConfigPath = "\\efi\\kivora\\surveyor.cfg";
+
+struct VolumeConfig {
+  std::string Compare1, Compare2;
+  // The flags of a volume of this label (0 for an ordinary one).
+  uint8_t FlagsOf (const std::string &Label) const;
+};
+
+// Reads the file from a volume; no file (or a broken one) names no volume.
+VolumeConfig ReadVolumeConfig (VolumeFs &Volume);
+VolumeConfig ParseVolumeConfig (const std::string &Text);
+
+}  // namespace env

@@ -1,0 +1,17 @@
+// JPEG and PNG decoding with Debian's stb_image (libstb-dev), built without
+// stdio and with pool memory: the decoders of the firmware's environment,
+// where no C library exists. The host builds them too, to fuzz and test
+// them against its own libraries. Results and limits are those of codecs.h;
+// a JPEG stream must hold an end-of-image marker after its last scan
+// (trailing bytes after it are allowed), since stb_image would fill a
+// cut-short picture with grey.
+#pragma once
+
+#include "env/images/codecs.h"
+
+namespace env {
+
+bool StbDecodeJpeg (const uint8_t *Data, size_t Size, uint32_t &Width, uint32_t &Height, uint32_t *&Pixels);
+bool StbDecodePng (const uint8_t *Data, size_t Size, DecodedImage &Out);
+
+}  // namespace env
