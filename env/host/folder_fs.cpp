@@ -181,6 +181,7 @@ class FolderNode : public FsNode {
   // Opens the entry Name of this directory; follows a link only when it
   // resolves beneath the volume. Entry receives the entry's own stat.
   std::unique_ptr<FsNode> OpenEntry (const std::string &Name, struct stat &Entry, struct stat &Target);
+  std::unique_ptr<FsNode> CreateEntry (const std::string &Name, NodeKind Kind);
 
   const FolderVolume &Volume_;
   Fd Fd_;
@@ -373,8 +374,13 @@ bool FolderNode::List (std::vector<ListedEntry> &Out, ListGaps &Gaps) {
 }
 
 std::unique_ptr<FsNode> FolderNode::Create (const std::string &Name, NodeKind Kind) {
-  CallHook (Name);
   if (!IsDirectory () || !ValidName (Name)) return nullptr;
+  std::unique_ptr<FsNode> Made = CreateEntry (Name, Kind);
+  if (Made) CallHook (Name);
+  return Made;
+}
+
+std::unique_ptr<FsNode> FolderNode::CreateEntry (const std::string &Name, NodeKind Kind) {
   std::vector<std::string> Path = Path_;
   Path.push_back (Name);
   if (Kind == NodeKind::Directory) {
@@ -403,12 +409,12 @@ bool FolderNode::Remove (const std::string &Name, const NodeInfo &Expected) {
   if (!IsDirectory () || !ValidName (Name)) return false;
   struct stat St;
   if (::fstatat (Fd_.Value, Name.c_str (), &St, AT_SYMLINK_NOFOLLOW) != 0) return false;
-  if (Expected.Identity != 0) {
-    if (IdentityOf (St) != Expected.Identity) return false;
-  } else if (S_ISLNK (St.st_mode) != Expected.Link ||
-             (!Expected.Link && S_ISDIR (St.st_mode) != (Expected.Kind == NodeKind::Directory))) {
+  // The same entry: its kind, and its number when known (a number alone
+  // could be one the file system just gave a new entry).
+  if (S_ISLNK (St.st_mode) != Expected.Link ||
+      (!Expected.Link && S_ISDIR (St.st_mode) != (Expected.Kind == NodeKind::Directory)) ||
+      (Expected.Identity != 0 && IdentityOf (St) != Expected.Identity))
     return false;
-  }
   return ::unlinkat (Fd_.Value, Name.c_str (), S_ISDIR (St.st_mode) ? AT_REMOVEDIR : 0) == 0;
 }
 

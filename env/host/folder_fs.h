@@ -27,9 +27,9 @@ namespace env {
 // Null when Folder is not an existing folder.
 std::unique_ptr<VolumeFs> OpenFolderVolume (const std::string &Folder);
 
-// Test hook: called with the name of each entry a paste or delete is about
-// to work on, before the work starts (lets a test swap a folder for a link at
-// a chosen moment). Null to remove.
+// Test hook: called with the name of each entry as it is about to be opened
+// or removed, or right after it was created (lets a test swap a folder for a
+// link, or stop the program, at a chosen moment). Null to remove.
 using FolderFsHook = void (*) (const std::string &Name, void *Context);
 void SetFolderFsHook (FolderFsHook Hook, void *Context);
 

@@ -123,6 +123,28 @@ TEST_F (FileDriverTest, RenameTakesABareNewName) {
   EXPECT_EQ (ReadHostFile (Host (std::string (191, 'r'))), "A");
 }
 
+TEST_F (FileDriverTest, FatVolumesCompareNamesWithoutCase) {
+  // File-system type, and whether names then compare without ASCII case.
+  const std::pair<uint8_t, bool> Types[] = {{1, true}, {5, true}, {2, false}};
+  for (auto [Type, Fat] : Types) {
+    SCOPED_TRACE (static_cast<int> (Type));
+    TempFolder Folder;
+    WriteHostFile (Folder.Path () / "OTHER.TXT", "other");
+    WriteHostFile (Folder.Path () / "a.txt", "a");
+    env::VolumeSpec Spec;
+    Spec.Folder = Folder.Path ().string ();
+    Spec.FileSystemType = Type;
+    UINT8 V = static_cast<UINT8> (env::MountFolder (*Files_, Spec));
+    EXPECT_EQ (T->CreateDirectory (V, A ("\\other.txt"), 1), !Fat);
+    EXPECT_EQ (T->CreateDirectory (V, A ("\\Other.Txt"), 0), !Fat);
+    EXPECT_EQ (T->RenamePath (V, A ("\\a.txt"), A ("oTHER.txt")), !Fat);
+    // A change of case of the entry itself is no clash.
+    EXPECT_TRUE (T->RenamePath (V, A ("\\OTHER.TXT"), A ("Other.txt")));
+    EXPECT_EQ (ReadHostFile (Folder.Path () / "Other.txt"), "other");
+    Files_->Unmount (V);
+  }
+}
+
 TEST_F (FileDriverTest, WriteProtectedVolumesRefuseChangesButRead) {
   Write ("keep.txt", "kept");
   Dir ("folder");

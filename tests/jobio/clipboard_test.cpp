@@ -2,11 +2,16 @@
 // delete, and every refusal leaving the files exactly as they were.
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <map>
 
 #include "env/files/file_driver.h"
+#include "env/host/folder_fs.h"
 #include "env/jobio/jobio_driver.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
@@ -266,6 +271,134 @@ TEST_F (ClipboardTest, LinksAreCopiedAsLinksAndNeverFollowedOut) {
   EXPECT_FALSE (fs::exists (fs::symlink_status (S / "docs")));
   EXPECT_EQ (ReadHostFile (Outside.Path () / "secret.txt"), "secret");
   EXPECT_EQ (ReadHostFile (S / "a.txt"), "alpha");
+}
+
+// A hostile change at a chosen moment of a paste or delete: when the hook
+// sees the Nth name, Swap runs.
+struct Saboteur {
+  std::string Name;
+  int Countdown = 0;
+  std::function<void ()> Swap;
+  static void Hook (const std::string &Seen, void *Context) {
+    auto *S = static_cast<Saboteur *> (Context);
+    if (S->Swap && (S->Name.empty () || Seen == S->Name) && --S->Countdown == 0) {
+      auto Swap = std::move (S->Swap);
+      Swap ();
+    }
+  }
+  Saboteur (std::string N, int Count, std::function<void ()> What) : Name (std::move (N)), Countdown (Count), Swap (What) {
+    env::SetFolderFsHook (Hook, this);
+  }
+  ~Saboteur () { env::SetFolderFsHook (nullptr, nullptr); }
+};
+
+TEST_F (ClipboardTest, FoldersSwappedForLinksMidPasteNeverLeadOut) {
+  fs::path S = VolumePath (Src), D = VolumePath (Dst);
+  for (int I = 0; I < 30; I++) WriteFile (Src, "big/f" + std::to_string (I), "data " + std::to_string (I));
+  WriteFile (Dst, "target/keep.txt", "keep");
+  TempFolder Outside;
+  WriteHostFile (Outside.Path () / "big/f7", "outside file");
+  WriteHostFile (Outside.Path () / "precious/kept.txt", "precious");
+  Snapshot OutsideBefore = Take (Outside.Path ());
+  struct Case {
+    const char *What;
+    fs::path Swapped;      // the folder replaced by a link to Outside
+    const char *Name;      // at the third entry of this name the swap happens
+    bool Fail;             // the paste then fails and rolls back
+  } Cases[] = {
+      {"destination swapped, paste completes", D / "target", nullptr, false},
+      {"destination swapped, paste rolls back", D / "target", nullptr, true},
+      {"source swapped, paste completes", S / "big", nullptr, false},
+  };
+  for (const Case &C : Cases) {
+    SCOPED_TRACE (C.What);
+    fs::remove_all (D / "target");
+    WriteFile (Dst, "target/keep.txt", "keep");
+    Clip (Src, "\\", {"big"});
+    fs::path Moved = C.Swapped.string () + ".moved";
+    Saboteur Swap (C.Name ? C.Name : "", 3, [&] {
+      fs::rename (C.Swapped, Moved);
+      fs::create_directory_symlink (Outside.Path (), C.Swapped);
+    });
+    if (C.Fail) Env ().jobio ().FailCopyAfter (100);
+    UINT32 Result = Paste (Dst, "\\target");
+    EXPECT_TRUE (OutsideBefore == Take (Outside.Path ())) << "nothing outside the volume changed";
+    // The paste went on in the folder it had opened, wherever that went.
+    fs::path Written = C.Swapped == D / "target" ? Moved : D / "target";
+    if (C.Fail) {
+      EXPECT_EQ (Result, env::kPasteFailed);
+      EXPECT_FALSE (fs::exists (Written / "big"));
+    } else {
+      EXPECT_EQ (Result, 1u);
+      EXPECT_EQ (ReadHostFile (Written / "big/f7"), "data 7");
+    }
+    EXPECT_EQ (ReadHostFile (Written / "keep.txt"), "keep");
+    fs::remove (C.Swapped);
+    fs::rename (Moved, C.Swapped);
+  }
+}
+
+TEST_F (ClipboardTest, AKilledPasteLeavesNoFinalNameAndIsCleanedUpLater) {
+  fs::path D = VolumePath (Dst);
+  WriteFile (Src, "large.bin", std::string (3 << 20, 'x'));
+  Clip (Src, "\\", {"a.txt", "large.bin"});
+  // A child process pastes and dies while large.bin is being written.
+  pid_t Child = fork ();
+  ASSERT_GE (Child, 0);
+  if (Child == 0) {
+    // Killed just after the second piece of work (large.bin) was created.
+    Saboteur Die (".surveyor-partial-" + std::to_string (getpid ()) + "-2", 1, [] { _exit (9); });
+    Paste (Dst, "\\");
+    _exit (0);
+  }
+  int Status = 0;
+  waitpid (Child, &Status, 0);
+  ASSERT_TRUE (WIFEXITED (Status) && WEXITSTATUS (Status) == 9);
+  std::vector<std::string> Names;
+  for (auto &E : fs::directory_iterator (D)) Names.push_back (E.path ().filename ().string ());
+  std::sort (Names.begin (), Names.end ());
+  ASSERT_EQ (Names.size (), 3u) << "keep.txt, a.txt and one piece of work left behind";
+  EXPECT_EQ (Names[0], ".surveyor-partial-" + std::to_string (Child) + "-2");
+  EXPECT_EQ (Names[1], "a.txt");
+  EXPECT_EQ (Names[2], "keep.txt");
+  // The next paste into that folder removes the leftover; a paste of this
+  // still running program's own work in progress is never touched.
+  WriteHostFile (D / (".surveyor-partial-" + std::to_string (getpid ()) + "-99"), "ours, still being written");
+  Clip (Src, "\\", {"large.bin"});
+  EXPECT_EQ (Paste (Dst, "\\"), 1u);
+  EXPECT_FALSE (fs::exists (D / Names[0]));
+  EXPECT_TRUE (fs::exists (D / (".surveyor-partial-" + std::to_string (getpid ()) + "-99")));
+  EXPECT_EQ (fs::file_size (D / "large.bin"), 3u << 20);
+}
+
+TEST_F (ClipboardTest, DeleteTakesOnlyWhatWasListedAndSaysWhatRemains) {
+  fs::path S = VolumePath (Src);
+  WriteFile (Src, "x", "a file when listed");
+  WriteFile (Src, "tree/inner.txt", "inner");
+  WriteFile (Src, "tree/other.txt", "other");
+  // The user's listing of the folder, then x becomes a folder full of files.
+  UINT16 Handle = Env ().files ().Table ()->OpenDirectory ((UINT8) Src, (const CHAR8 *) "\\");
+  UINT16 Count = 0;
+  Fw ().FreePool (Env ().files ().Table ()->ReadDirectory (Handle, &Count));
+  Env ().files ().Table ()->CloseHandle (Handle);
+  fs::remove (S / "x");
+  WriteFile (Src, "x/important.doc", "important");
+  // And tree\inner.txt is replaced by a folder just before it is removed.
+  Saboteur Swap ("inner.txt", 1, [&] {
+    fs::remove (S / "tree/inner.txt");
+    fs::create_directory (S / "tree/inner.txt");
+  });
+  Env ().windows ().ClearMessageBoxes ();
+  Clip (Src, "\\", {"x", "tree", "a.txt"});
+  EXPECT_EQ (J->DeleteClipboardFiles (), env::kDeleteIncomplete);
+  EXPECT_EQ (ReadHostFile (S / "x/important.doc"), "important");
+  EXPECT_TRUE (fs::is_directory (S / "tree/inner.txt"));
+  EXPECT_FALSE (fs::exists (S / "tree/other.txt"));
+  EXPECT_FALSE (fs::exists (S / "a.txt"));
+  ASSERT_EQ (Env ().windows ().MessageBoxes ().size (), 1u);
+  const std::string &Text = Env ().windows ().MessageBoxes ()[0].Text;
+  EXPECT_NE (Text.find ("x  (changed since it was listed)"), std::string::npos) << Text;
+  EXPECT_NE (Text.find ("tree\\inner.txt"), std::string::npos) << Text;
 }
 
 }  // namespace

@@ -107,6 +107,45 @@ TEST (SettingsService, CommitReplacesTheFileAtomically) {
   EXPECT_FALSE (fs::exists (Dir.Path () / "no-such-folder"));
 }
 
+TEST (SettingsService, WritesKeepEveryLineTheyDoNotChange) {
+  TempFolder Dir;
+  fs::path File = Dir.Path () / "s.ini";
+  const std::string Text = "; written by hand\r\ntop=1\n[Surveyor]\n# the main window\nPosition=1,2,3,4\r\n"
+                           "odd line without equals\n\n[Other]\nKey = spaced \n";
+  WriteHostFile (File, Text);
+  env::Firmware Fw;
+  env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
+  Set (S.Table (), "Surveyor", "Position", "5,6,7,8");
+  Set (S.Table (), "Surveyor", "Added", "yes");
+  Set (S.Table (), "", "second", "2");
+  S.Table ()->Commit ();
+  EXPECT_EQ (ReadHostFile (File), "; written by hand\r\ntop=1\nsecond=2\n[Surveyor]\n# the main window\n"
+                                  "Position=5,6,7,8\r\nAdded=yes\nodd line without equals\n\n[Other]\nKey = spaced \n");
+}
+
+TEST (SettingsService, AStoreThatCannotBeReadIsNeverOverwritten) {
+  TempFolder Dir;
+  fs::path File = Dir.Path () / "big.ini";
+  // One byte over the limit: not read, and kept as it is.
+  std::string Big = "[Keep]\nEverything=here\n";
+  Big.resize (env::kMaxSettingsText + 1, '#');
+  WriteHostFile (File, Big);
+  env::Firmware Fw;
+  env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
+  EXPECT_FALSE (S.Writable ());
+  EXPECT_EQ (Get (S.Table (), Fw, "Keep", "Everything"), "<none>");
+  Set (S.Table (), "Surveyor", "Position", "1,2,3,4");
+  S.Table ()->Commit ();
+  S.Table ()->Commit ();
+  EXPECT_EQ (Get (S.Table (), Fw, "Surveyor", "Position"), "1,2,3,4") << "kept in memory";
+  EXPECT_EQ (ReadHostFile (File), Big);
+  EXPECT_EQ ((FolderNames (Dir.Path ())), (std::vector<std::string> {"big.ini"}));
+  // The console says so, once.
+  const std::string &Console = Fw.ConsoleText ();
+  EXPECT_NE (Console.find ("could not be read"), std::string::npos) << Console;
+  EXPECT_EQ (Console.find ("could not be read"), Console.rfind ("could not be read"));
+}
+
 TEST (SettingsService, MemoryOnlyStoreCountsCommits) {
   env::Firmware Fw;
   env::SettingsService S (nullptr, 1);
