@@ -60,6 +60,7 @@ struct ListObject : RecordControl<LIST_CONTROL> {
   ListRow *EditRow = nullptr;
   bool EditNew = false;
   std::string Search;
+  uint16_t Anchor = 0;                                // where a Shift selection by keys starts
 
   uint16_t RowOf (const ListRow *Row) const;          // kNoRow when gone
   uint16_t SelectedCount () const;

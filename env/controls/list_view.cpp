@@ -9,6 +9,10 @@
 namespace env {
 
 namespace {
+constexpr UINT16 kScanHome = 0x05, kScanEnd = 0x06, kScanPageUp = 0x09, kScanPageDown = 0x0A;
+}  // namespace
+
+namespace {
 
 ControlDriver::State &C () { return *CurrentControls (); }
 WindowBase::State &B () { return CurrentControls ()->Base; }
@@ -98,26 +102,53 @@ void ListObject::NotifySelection () {
 }
 
 bool ListObject::OnKey (MESSAGE &Message) {
-  if ((Message.Dword8 & 0x3C) != 0) return false;   // Control or Alt held: the window's shortcuts
   CHAR16 Ch = Message.Word2;
   UINT16 Scan = Message.Word4;
+  UINT32 Shift = Message.Dword8;
+  bool Control = (Shift & 0x0C) != 0, Extend = (Shift & 0x03) != 0;
   WindowBase::State::Scope Guard (B ());
   uint16_t Count = Data.RowCount;
-  auto MoveTo = [&] (uint16_t Row) {
-    for (auto &R : Rows) R->Item.Selected = 0;
-    Rows[Row]->Item.Selected = 1;
+  uint16_t Current = Data.CurrentRow < Count ? Data.CurrentRow : 0;
+  auto Show = [&] (uint16_t Row) {
     Data.CurrentRow = Row;
     if (Row < Data.TopRow) Data.TopRow = Row;
     if (Data.VisibleRows > 0 && Row >= Data.TopRow + Data.VisibleRows)
       Data.TopRow = static_cast<UINT16> (Row - Data.VisibleRows + 1);
   };
-  if (Scan == SCAN_CODE_UP || Scan == SCAN_CODE_DOWN) {
+  auto MoveTo = [&] (uint16_t Row) {
+    for (auto &R : Rows) R->Item.Selected = 0;
+    Rows[Row]->Item.Selected = 1;
+    Anchor = Row;
+    Show (Row);
+  };
+  // Ctrl+Space adds the current row to the selection or takes it out.
+  if (Ch == ' ' && Control && (Shift & 0x30) == 0) {
     if (Count == 0) return true;
-    uint16_t Row = Data.CurrentRow < Count ? Data.CurrentRow : 0;
-    if (Scan == SCAN_CODE_UP && Row > 0) Row--;
-    if (Scan == SCAN_CODE_DOWN && Row + 1 < Count) Row++;
+    Rows[Current]->Item.Selected ^= 1;
+    Anchor = Current;
+    Show (Current);
+    NotifySelection ();
+    return true;
+  }
+  if ((Shift & 0x3C) != 0) return false;   // Control or Alt held: the window's shortcuts
+  // Up and Down a row, Page Up and Page Down a page, Home and End to the
+  // ends; with Shift the selection reaches from the anchor to the new row.
+  int Page = std::max<int> (1, Data.VisibleRows > 1 ? Data.VisibleRows - 1 : 1);
+  int To = Scan == SCAN_CODE_UP ? Current - 1 : Scan == SCAN_CODE_DOWN ? Current + 1
+           : Scan == kScanPageUp ? Current - Page : Scan == kScanPageDown ? Current + Page
+           : Scan == kScanHome ? 0 : Scan == kScanEnd ? Count - 1 : -2;
+  if (To != -2) {
+    if (Count == 0) return true;
+    uint16_t Row = static_cast<uint16_t> (std::clamp (To, 0, Count - 1));
     Search.clear ();
-    MoveTo (Row);
+    if (Extend) {
+      uint16_t From = Anchor < Count ? Anchor : Current;
+      for (uint16_t R = 0; R < Count; R++) Rows[R]->Item.Selected = R >= std::min (From, Row) && R <= std::max (From, Row);
+      Anchor = From;
+      Show (Row);
+    } else {
+      MoveTo (Row);
+    }
     NotifySelection ();
     return true;
   }

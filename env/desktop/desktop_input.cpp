@@ -18,7 +18,6 @@ bool Inside (int X, int Y, int Rx, int Ry, int Rw, int Rh) { return X >= Rx && Y
 constexpr int kTooltipOffset = 20;   // below the pointer's tip
 constexpr int kBorderGrip = 4;       // pixels of a window's edge that resize it
 constexpr int kSmallestSide = 40;    // no window is dragged smaller than this
-constexpr UINT32 kShiftKeys = KEY_STATE_LEFT_SHIFT | KEY_STATE_RIGHT_SHIFT;
 
 }  // namespace
 
@@ -335,49 +334,6 @@ bool DesktopInput::Wheel (int X, int Y, int Lines) {
     return true;
   }
   return false;
-}
-
-bool DesktopInput::Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
-  WindowBase &Wb = Env_.windows ();
-  if (Wb.OpenMessageBox ()) {
-    // Enter, space and Escape press the box's one button.
-    if (Ch == 0x0D || Ch == ' ' || Scan == SCAN_CODE_ESCAPE) {
-      Wb.DismissMessageBox ();
-      return true;
-    }
-    return false;
-  }
-  Wb.HideTooltip ();
-  WINDOW_HEADER *W = Wb.ActiveWindow ();
-  if (!W) return false;
-  UINTN Taken = Wb.SendKey (W, Ch, Scan, Shift);
-  Wb.PumpMessages ();
-  if (Taken == 0 && Ch == 0x09 && Wb.IsWindow (W)) return MoveFocus (W, (Shift & kShiftKeys) != 0);
-  return Taken != 0;
-}
-
-// Tab the window did not take: the keyboard focus goes to the next control
-// that takes keys (Shift+Tab: the previous), round the window's controls.
-bool DesktopInput::MoveFocus (WINDOW_HEADER *Window, bool Backwards) {
-  WindowBase &Wb = Env_.windows ();
-  std::vector<CONTROL *> Stops;
-  for (CONTROL *C : Wb.Controls (Window)) {
-    bool TakesKeys = C->Kind == CONTROL_KIND_LIST || C->Kind == CONTROL_KIND_FILE_LIST ||
-                     C->Kind == CONTROL_KIND_LOG_VIEW || C->Kind == CONTROL_KIND_COMBO ||
-                     C->Kind == CONTROL_KIND_TEXT_VIEW || C->Kind == CONTROL_KIND_BUTTON;
-    if (TakesKeys && (C->Flags & WINDOW_FLAG_ENABLED) && C->Width > 0 && C->Height > 0) Stops.push_back (C);
-  }
-  if (Stops.empty ()) return false;
-  auto Current = std::find (Stops.begin (), Stops.end (), Window->FocusControl);
-  size_t Next;
-  if (Current == Stops.end ()) Next = Backwards ? Stops.size () - 1 : 0;
-  else {
-    size_t At = static_cast<size_t> (Current - Stops.begin ());
-    Next = Backwards ? (At + Stops.size () - 1) % Stops.size () : (At + 1) % Stops.size ();
-  }
-  Wb.Table ()->SetFocus (Window, Stops[Next], 1);
-  Wb.PumpMessages ();
-  return true;
 }
 
 }  // namespace env

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "env/windows/window_base.h"
@@ -20,6 +21,10 @@ namespace env {
 class Siblings;
 
 enum class MouseButton { Left, Right };
+
+// The key that opens a context menu (Menu or Application key); backends give
+// it as this scan code, which never reaches the driver.
+constexpr UINT16 kScanContextMenu = 0xFFF0;
 
 class DesktopInput {
  public:
@@ -33,8 +38,11 @@ class DesktopInput {
   void MouseUp (int X, int Y);
   // Wheel over a list, tree or log: positive Lines scroll up.
   bool Wheel (int X, int Y, int Lines);
-  // A key for the active window (or the open popup).
+  // A key: the desktop's own commands, the open popup, or the active window
+  // (desktop_keys.cpp).
   bool Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift);
+  // How the volume chooser (Ctrl+O) opens the file manager of a volume.
+  void SetVolumeOpener (std::function<bool (int Volume)> Opener);
 
   // The top-level window under a point, or nullptr.
   WINDOW_HEADER *WindowAt (int X, int Y) const;
@@ -51,6 +59,12 @@ class DesktopInput {
   bool PointAt (int X, int Y);
   bool ResizeTo (int X, int Y);
   bool MoveFocus (WINDOW_HEADER *Window, bool Backwards);
+  bool DesktopKey (CHAR16 Ch, UINT16 Scan, UINT32 Shift);
+  bool PopupKey (WINDOW_HEADER *Popup, CHAR16 Ch, UINT16 Scan, UINT32 Shift);
+  bool MenuTitleKey (WINDOW_HEADER *Window, CHAR16 Ch, UINT16 Scan);
+  bool ControlKey (WINDOW_HEADER *Window, CHAR16 Ch, UINT16 Scan, UINT32 Shift);
+  bool ChooseVolume ();
+  static VOID EFIAPI VolumeChosen (VOID *Item, WINDOW_HEADER *Context);
   bool MessageBoxClick (int X, int Y);
   Siblings &Env_;
   WINDOW_HEADER *Dragging_ = nullptr;
@@ -59,6 +73,9 @@ class DesktopInput {
   int SentWidth_ = 0, SentHeight_ = 0;
   int DragDx_ = 0, DragDy_ = 0;
   uint16_t Anchor_ = 0;
+  std::function<bool (int Volume)> OpenVolume_;
+  WINDOW_HEADER *Chooser_ = nullptr;
+  std::vector<int> ChooserVolumes_;
 };
 
 }  // namespace env

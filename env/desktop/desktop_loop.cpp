@@ -39,7 +39,9 @@ namespace {
 class Loop {
  public:
   Loop (Siblings &Env, DesktopBackend &Backend, const DesktopLoopOptions &Options)
-      : Env_ (Env), Backend_ (Backend), Options_ (Options), Input_ (Env) {}
+      : Env_ (Env), Backend_ (Backend), Options_ (Options), Input_ (Env) {
+    Input_.SetVolumeOpener (Options.OpenVolume);
+  }
 
   DesktopLoopStats Run () {
     WindowBase &Wb = Env_.windows ();

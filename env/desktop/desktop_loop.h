@@ -51,6 +51,7 @@ struct DesktopLoopOptions {
   bool QuitWhenNoWindows = true;        // end when the last window closes
   unsigned MaxFrames = 0;               // 0: until Quit
   std::function<void ()> FirstFrame;    // after the first frame was shown
+  std::function<bool (int Volume)> OpenVolume;   // the volume chooser's (DesktopInput)
 };
 
 // Figures of a run, for tests and benchmarks.

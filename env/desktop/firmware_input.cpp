@@ -28,8 +28,8 @@ bool KeyFromFirmware (const EFI_KEY_DATA &Key, InputEvent &Out) {
       if (!Valid) Out.Shift = KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL;
     }
   }
-  // The menu key alone.
-  if (Out.Char == 0 && Out.Scan == 0 && Valid && (State & EFI_MENU_KEY_PRESSED) != 0) Out.Scan = SCAN_CODE_HOTKEY;
+  // The Menu key alone opens a context menu.
+  if (Out.Char == 0 && Out.Scan == 0 && Valid && (State & EFI_MENU_KEY_PRESSED) != 0) Out.Scan = kScanContextMenu;
   return Out.Char != 0 || Out.Scan != 0;
 }
 

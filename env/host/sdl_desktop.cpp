@@ -33,7 +33,7 @@ UINT16 ScanOf (SDL_Keycode Key) {
     case SDLK_PAGEDOWN: return 0x0A;
     case SDLK_ESCAPE: return 0x17;
     default:
-      if (Key >= SDLK_F1 && Key <= SDLK_F10) return static_cast<UINT16> (0x0B + (Key - SDLK_F1));
+      if (Key >= SDLK_F1 && Key <= SDLK_F12) return static_cast<UINT16> (0x0B + (Key - SDLK_F1));
       return 0;
   }
 }
@@ -171,7 +171,7 @@ class SdlBackend : public DesktopBackend {
           // With Alt or Ctrl no text event comes: send the letter here.
           Key (static_cast<CHAR16> (K), 0, Shift);
         } else if (K == SDLK_MENU || K == SDLK_APPLICATION) {
-          Key (0, SCAN_CODE_HOTKEY, Shift);
+          Key (0, kScanContextMenu, Shift);
         }
         break;
       }
@@ -219,6 +219,7 @@ bool RunDesktop (Siblings &Env, const DesktopOptions &Options) {
     Loop.TickMilliseconds = Options.TickMilliseconds;
     Loop.QuitWhenNoWindows = Options.QuitWhenNoWindows;
     Loop.MaxFrames = Options.MaxFrames;
+    Loop.OpenVolume = Options.OpenVolume;
     RunDesktopLoop (Env, Backend, Loop);
     if (!Options.ScreenshotAtExit.empty ()) SaveScreenshot (Env.gui (), Options.ScreenshotAtExit);
   }

@@ -5,6 +5,7 @@
 // user to press its button (then answers 1).
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace env {
@@ -18,6 +19,7 @@ struct DesktopOptions {
   bool QuitWhenNoWindows = true;        // end when the last window closes
   unsigned MaxFrames = 0;               // 0: until the user closes the window
   std::string ScreenshotAtExit;         // PNG written when the loop ends
+  std::function<bool (int Volume)> OpenVolume;   // for the volume chooser (Ctrl+O)
 };
 
 // Runs until the window is closed (or the options end it). Returns false

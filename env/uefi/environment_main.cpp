@@ -29,6 +29,7 @@
 #include "env/uefi/uefi_globals.h"
 #include "env/vhd/vhd_service.h"
 #include "env/windows/window_base.h"
+#include "core/surveyor_protocol.h"
 #include "services/service_ids.h"
 
 namespace env {
@@ -118,6 +119,16 @@ void MountNewFileSystems () {
   }
 }
 
+// The volume chooser opens windows through the file manager's own service.
+bool OpenVolume (int Volume) {
+  EFI_GUID Guid = SURVEYOR_PROTOCOL_GUID;
+  SURVEYOR_PROTOCOL *Surveyor = nullptr;
+  if (EFI_ERROR (gEnvBootServices->LocateProtocol (&Guid, nullptr, reinterpret_cast<VOID **> (&Surveyor))) ||
+      Surveyor == nullptr)
+    return false;
+  return Surveyor->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr) != nullptr;
+}
+
 void DisturbedScreen (FirmwareDesktop &Backend, DESKTOP_READY_CALLBACK Ready) {
   if (Ready != nullptr) Ready ();
   // The console's text may have been drawn over the desktop.
@@ -135,6 +146,7 @@ EFI_STATUS EFIAPI RunDesktop (DESKTOP_READY_CALLBACK Ready) {
   Options.TickMilliseconds = 20;
   Options.FrameMilliseconds = 60;
   Options.FirstFrame = [&Backend, Ready] { DisturbedScreen (Backend, Ready); };
+  Options.OpenVolume = OpenVolume;
   // A stick plugged in while the desktop runs becomes a volume.
   EFI_GUID Guid = kSimpleFileSystemGuid;
   if (gEnvironment->NewFileSystems == nullptr &&

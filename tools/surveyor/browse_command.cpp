@@ -22,6 +22,9 @@ int RunBrowseCommand (const CommandLine &Line) {
   Options.Scale = Line.Scale;
   Options.MaxFrames = Line.Frames;
   Options.ScreenshotAtExit = Line.ShotAtExit;
+  Options.OpenVolume = [&S] (int Volume) {
+    return S.Surveyor ()->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr) != nullptr;
+  };
   if (!env::RunDesktop (S.Env (), Options)) {
     std::fprintf (stderr,
                   "surveyor: no display to open the desktop window on (is DISPLAY set?); "

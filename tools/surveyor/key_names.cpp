@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 
+#include "env/desktop/desktop_input.h"
 #include "services/messages.h"
 
 namespace surveyor {
@@ -16,13 +17,14 @@ struct NamedKey {
 };
 
 // UEFI scan codes: 1 up, 2 down, 3 right, 4 left, 5 home, 6 end, 7 insert,
-// 8 delete, 9 page up, 10 page down, 11.. F1.., 0x17 escape.
+// 8 delete, 9 page up, 10 page down, 11.. F1.., 0x17 escape; "menu" is the
+// key that opens a context menu.
 const NamedKey Keys[] = {
     {"up", 0, 0x01},       {"down", 0, 0x02},     {"right", 0, 0x03},  {"left", 0, 0x04},
     {"home", 0, 0x05},     {"end", 0, 0x06},      {"insert", 0, 0x07}, {"delete", 0, 0x08},
     {"pageup", 0, 0x09},   {"pagedown", 0, 0x0A}, {"escape", 0, 0x17}, {"esc", 0, 0x17},
     {"enter", '\r', 0},    {"tab", '\t', 0},      {"backspace", 8, 0}, {"space", ' ', 0},
-    {"menu", 0, SCAN_CODE_HOTKEY},
+    {"menu", 0, env::kScanContextMenu},
 };
 
 }  // namespace

@@ -31,6 +31,10 @@ bool ParseUnsigned (const std::string &Word, unsigned long Limit, unsigned long 
 
 ScriptRunner::ScriptRunner (Session &S, std::ostream &Out)
     : Session_ (S), Out_ (Out), Dump_ (S.Env ()), Mouse_ (new env::DesktopInput (S.Env ())) {
+  Mouse_->SetVolumeOpener ([&S] (int Volume) {
+    return S.Surveyor () != nullptr &&
+           S.Surveyor ()->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr) != nullptr;
+  });
   S.Env ().windows ().SetMessageBoxAnswerer ([this] (const env::MessageBoxRecord &) { return AnswerMessageBox (); });
 }
 
@@ -380,20 +384,12 @@ bool ScriptRunner::Execute (const std::vector<std::string> &Words, std::string &
       Cd.FinishTreeEdit (Tree, Typed, Key.Char == '\r');
       return true;
     }
-    if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) {
-      MESSAGE Message {};
-      Message.Type = MSG_KEY;
-      Message.Word2 = Key.Char;
-      Message.Word4 = Key.Scan;
-      Message.Dword8 = Key.Shift;
-      Wb.Table ()->SendMessage (Popup, &Message);
-      return true;
-    }
-    if (Active == nullptr) {
+    if (Active == nullptr && Wb.ShownPopup () == nullptr) {
       Error = "no window to send the key to";
       return false;
     }
-    Wb.SendKey (Active, Key.Char, Key.Scan, Key.Shift);
+    // The same keyboard as the desktop's (and the firmware's).
+    Mouse_->Key (Key.Char, Key.Scan, Key.Shift);
     return true;
   }
   if ((Command == "click" || Command == "rightclick" || Command == "doubleclick") && Count == 3 &&
