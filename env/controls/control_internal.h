@@ -60,7 +60,9 @@ struct ScrollBarObject : RecordControl<CONTROL> {
 struct ListColumn {
   ListColumnInfo Info;
   int UserWidth = 0;                // set by the user; 0: laid out by the driver
-  mutable int Widest = -1;          // widest text (title and cells) in pixels; -1: to be measured
+  // Widest text (title and cells) in pixels since the rows were last cleared;
+  // -1: to be measured.
+  mutable int Widest = -1;
 };
 
 struct ListObject : RecordControl<LIST_CONTROL> {
@@ -74,8 +76,8 @@ struct ListObject : RecordControl<LIST_CONTROL> {
 
   uint16_t RowOf (const ListRow *Row) const;          // kNoRow when gone
   uint16_t SelectedCount () const;
-  // Sets a cell's text, cut to its column's capacity; true when the column's
-  // widest text grew.
+  // Sets a cell's text, cut to its column's capacity; true when the widest
+  // text of a column whose width follows its texts grew.
   bool SetCell (size_t Row, size_t Column, const char *Text);
   void ForgetWidestTexts ();                          // after rows went
   // The columns' widths, the scroll bars and the view (list_columns.cpp).

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "env/controls/control_internal.h"
+#include "env/gui/gui_driver.h"
 
 namespace env {
 
@@ -16,7 +17,8 @@ constexpr size_t kGroupSize = 8;
 
 WindowBase::State &B () { return CurrentControls ()->Base; }
 
-int TextWidth (const std::string &Text) { return B ().TextWidth (Text.c_str ()); }
+// In the metric the renderer draws with.
+int TextWidth (const std::string &Text) { return GuiDriver::TextWidth (Text); }
 
 bool FixedPitch (const ListObject &List) { return List.Data.Option == kFixedPitchOption; }
 
@@ -131,6 +133,7 @@ void ControlDriver::SetColumnWidth (LIST_CONTROL *Target, uint8_t Column, int Wi
 void ControlDriver::FitColumn (LIST_CONTROL *Target, uint8_t Column) {
   ListObject *List = FindList (Target);
   if (List == nullptr || Column >= List->Columns.size ()) return;
+  List->Columns[Column].Widest = -1;   // the texts now, not the widest seen
   SetColumnWidth (Target, Column, List->WidestText (Column) + ExtraRoom (*List, Column));
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "env/controls/control_internal.h"
+#include "env/gui/gui_driver.h"
 
 namespace env {
 
@@ -34,19 +35,15 @@ bool ListObject::SetCell (size_t Row, size_t Column, const char *Text) {
   auto &Cells = Rows[Row]->Cells;
   if (Cells.size () <= Column) Cells.resize (Column + 1);
   size_t Capacity = Column < Columns.size () ? Columns[Column].Info.Capacity : 192;
-  std::string New = CutText (Text, Capacity > 0 ? Capacity - 1 : 0);
-  if (Column >= Columns.size ()) {
-    Cells[Column] = std::move (New);
-    return false;
-  }
-  // The widest text follows the change; only when the widest one narrows is
-  // it measured again, when next asked for.
-  int Before = WidestText (Column);
-  int Width = B ().TextWidth (New.c_str ()), OldWidth = B ().TextWidth (Cells[Column].c_str ());
-  Cells[Column] = std::move (New);
-  if (Width >= Before) Columns[Column].Widest = Width;
-  else if (OldWidth == Before) Columns[Column].Widest = -1;
-  return Width > Before;
+  Cells[Column] = CutText (Text, Capacity > 0 ? Capacity - 1 : 0);
+  // Only the columns whose width follows their texts keep their widest text
+  // up to date (the widest since the rows were last cleared).
+  bool Followed = Column + 1 == Columns.size () || (Column < Columns.size () && Data.Option == kFixedPitchOption);
+  if (!Followed || Columns[Column].Widest < 0) return false;
+  int Width = GuiDriver::TextWidth (Cells[Column]);   // as the renderer measures
+  if (Width <= Columns[Column].Widest) return false;
+  Columns[Column].Widest = Width;
+  return true;
 }
 
 void ListObject::ForgetWidestTexts () {

@@ -229,8 +229,11 @@ TEST_F (ListTest, AFixedPitchTableShowsItsDataWholeInGroupsOfEight) {
   EXPECT_EQ (G.Columns[17].TextWidth, 17 * 8);
   EXPECT_EQ (G.ContentWidth, 40 + 16 * 20 + 2 * 4 + 17 * 8 + 4);
   EXPECT_TRUE (G.HorizontalBar);
-  // A shorter page of text does not cut it, nor does free width stretch a narrow table.
+  // Paging to shorter texts keeps the widths (nothing jumps) until the rows
+  // are cleared; free width does not stretch a narrow table.
   Cd ()->SetItemText (Hex, 17, 0, T ("short"));
+  EXPECT_EQ (Controls ().Geometry (Hex).Columns[17].TextWidth, 17 * 8);
+  Cd ()->ClearList (Hex);
   EXPECT_EQ (Controls ().Geometry (Hex).Columns[17].TextWidth, 96);
   Hex->Control.Width = 1000;
   EXPECT_EQ (Controls ().Geometry (Hex).ContentWidth, 40 + 16 * 20 + 2 * 4 + 96 + 4);
