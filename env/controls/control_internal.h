@@ -84,6 +84,7 @@ struct ListObject : RecordControl<LIST_CONTROL> {
   ListGeometry Geometry () const;
   int WidestText (size_t Column) const;
   void ScrollSideways (int Pixels);                   // positive: towards the right end
+  void HideTip ();                                    // when the tip is this list's
   void UpdateLayout ();
   void DropEdit ();                                   // ends an edit without notification
   void Notify (MESSAGE &Message) { CurrentWindowBase ()->Notify (Rec, Message); }

@@ -112,8 +112,12 @@ ListGeometry ListObject::Geometry () const {
 void ListObject::ScrollSideways (int Pixels) {
   ScrollX = std::max (0, Geometry ().ScrollX + Pixels);
   UpdateLayout ();
-  // The cell under the pointer has moved away.
-  if (CurrentControls ()->Tip.List == &Data) CurrentControls ()->Tip = CellTip ();
+  HideTip ();   // the cell under the pointer has moved away
+}
+
+void ListObject::HideTip () {
+  CellTip &Tip = CurrentControls ()->Tip;
+  if (Tip.List == &Data) Tip = CellTip ();
 }
 
 // ------------------------------------------------------------ user actions
@@ -150,8 +154,11 @@ bool ControlDriver::ShowCellTip (LIST_CONTROL *Target, uint8_t Column, uint16_t 
   ListGeometry G = List->Geometry ();
   const ListColumnSpan &Span = G.Columns[Column];
   int Width = TextWidth (Cells[Column]);
-  int Start = Span.TextX - G.ScrollX;
-  if (Width <= Span.TextWidth && Start >= 0 && Start + Width <= G.ViewWidth) return false;
+  if (Width <= Span.TextWidth) {
+    int Start = Span.TextX - G.ScrollX;
+    if (List->Columns[Column].Info.RightAligned) Start += Span.TextWidth - Width;
+    if (Start >= 0 && Start + Width <= G.ViewWidth) return false;
+  }
   // It stays where it appeared while the pointer moves within its cell.
   CellTip &Tip = State_->Tip;
   if (Tip.List != Target || Tip.Column != Column || Tip.Row != Row) Tip = CellTip {Target, Column, Row, X, Y};

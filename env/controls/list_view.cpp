@@ -354,6 +354,7 @@ VOID EFIAPI OpClearList (LIST_CONTROL *Target) {
   ListObject *List = FindList (Target);
   if (List == nullptr) return;
   List->DropEdit ();
+  List->HideTip ();
   List->Rows.clear ();
   List->ForgetWidestTexts ();
   List->Search.clear ();

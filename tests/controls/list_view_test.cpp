@@ -257,10 +257,13 @@ TEST_F (ListTest, OnlyACellThatDoesNotShowWholeGivesATooltip) {
   EXPECT_FALSE (Controls ().ShowCellTip (List, 1, 1, 0, 0));
   EXPECT_FALSE (Controls ().ShowCellTip (List, 7, 1, 0, 0));
   EXPECT_FALSE (Controls ().ShowCellTip (List, 0, 9, 0, 0));
+  // Nor do rows that went, whatever comes in their place.
   Cd ()->ClearList (List);
+  AddRows ({"b.txt", "another-name-longer-than-its-column.txt"});
   EXPECT_FALSE (Controls ().ShownCellTip (Tip));
 
   // A whole text that the view does not show (scrolled away) gives one too.
+  Cd ()->ClearList (List);
   AddRows ({"a.txt"});
   Controls ().SetColumnWidth (List, 0, 600);
   Controls ().ScrollSideways (List, 30);
