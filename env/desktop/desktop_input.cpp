@@ -397,6 +397,7 @@ bool DesktopInput::Wheel (int X, int Y, int Lines) {
   if (C->Kind == CONTROL_KIND_LIST) {
     auto *List = reinterpret_cast<LIST_CONTROL *> (C);
     if (!List->ScrollBar) return false;
+    Env_.controls ().HideCellTip ();   // its row moves from under the pointer
     int Top = std::clamp (int (List->TopRow) - Lines * 3, 0, std::max (0, int (List->RowCount) - int (List->VisibleRows)));
     Env_.controls ().Table ()->SetScrollPosition (List->ScrollBar, static_cast<UINT16> (Top));
     return true;
