@@ -5,9 +5,25 @@
 // - Notifications go with SendMessage to the control's parent window, and
 //   only while that window's NotifyEnabled byte is non-zero.
 // - List view: a title row of line height + 6 pixels, rows of line height + 2;
-//   VisibleRows = (height - line height - 8) / (line height + 2). A scroll bar
-//   control exists while RowCount > VisibleRows. Cell texts are cut to the
+//   VisibleRows = (height - line height - 8) / (line height + 2), less one
+//   scroll bar's height while the columns are wider than the list. A scroll
+//   bar control exists while RowCount > VisibleRows. Cell texts are cut to the
 //   column's capacity less one byte (never inside a double-byte character).
+// - List columns: the width AddColumn asks for is the room of the column's
+//   texts; every cell gets 4 pixels of padding on each side, and column 0 of
+//   a list with icons also the icon's room. Free width (the columns narrower
+//   than the list) first widens the last column up to its widest text, then
+//   goes to the first column (the name column of a file list). A column the
+//   user sized (by dragging its title's right border, or double-clicking it
+//   to fit its widest text) keeps that width. Columns wider than the list
+//   scroll sideways (scroll bar along the bottom, Left and Right keys). A cell
+//   whose text does not show whole gives its whole text as a tooltip while
+//   the pointer rests on it (one at a time; it goes with its list or row).
+// - List option 1 (set in the record by the hex viewer): a fixed-pitch table
+//   of data that must show whole: no icons, no selection bar, 2 pixels of
+//   padding, every column at least as wide as its widest text, no free width
+//   handed out, and a wider gap after column 0 and after every eighth column
+//   following it (the byte columns come in groups of eight).
 //   Selection changes by the user send NOTIFY_SELECTION (2 selected, 4 rows,
 //   6 current row, 10 id); opening a row NOTIFY_OPEN_ROW; a right click
 //   NOTIFY_CONTEXT (x, y relative to the list; the selection is kept).
@@ -42,15 +58,42 @@
 #include <vector>
 
 #include "env/siblings.h"
+#include "env/windows/window_base.h"
 #include "services/control_driver.h"
 
 namespace env {
 
 struct ListColumnInfo {
   std::string Title;
-  uint16_t Capacity = 0, Width = 0;
+  uint16_t Capacity = 0, Width = 0;   // Width: the text room AddColumn asked for
   bool Sortable = false, RightAligned = false;
 };
+
+// Where a list column lies, in pixels from the list's left edge before
+// scrolling sideways (subtract ListGeometry::ScrollX for the screen).
+struct ListColumnSpan {
+  int X = 0, Width = 0;               // the whole column, padding included
+  int TextX = 0, TextWidth = 0;       // the room of its texts (after the icon in column 0)
+  bool GroupEnd = false;              // a fixed-pitch table's wider gap follows it
+};
+
+// A list's layout now, relative to the list's top-left corner: the title row
+// and the rows lie in a view of ViewWidth pixels starting at x 1; scroll bars
+// take kListScrollBarWidth pixels at the right and along the bottom.
+struct ListGeometry {
+  int HeaderY = 1, HeaderHeight = 0;
+  int RowsY = 0, RowsHeight = 0, RowHeight = 0;
+  int ViewX = 1, ViewWidth = 0;
+  int ContentWidth = 0;               // all columns
+  int ScrollX = 0;                    // pixels scrolled sideways
+  bool VerticalBar = false, HorizontalBar = false;
+  bool Icons = true;                  // column 0 shows the rows' icons
+  bool FixedPitch = false;            // option 1
+  std::vector<ListColumnSpan> Columns;
+};
+constexpr int kListScrollBarWidth = 16;
+constexpr int kListIconRoom = 16 + 4;    // a row's icon and the gap after it, in column 0
+constexpr int kEditTextMargin = 3;      // between an in-place edit's frame and its text
 
 class ControlDriver {
  public:
@@ -72,6 +115,19 @@ class ControlDriver {
   void FinishEdit (LIST_CONTROL *List, const std::string &Text, bool Apply);
   uint16_t RowHeight () const;
   uint16_t HeaderHeight () const;
+  ListGeometry Geometry (LIST_CONTROL *List) const;
+  // The user sizes a column (at least one character and its padding wide);
+  // FitColumn makes it as wide as its widest text, its title included.
+  void SetColumnWidth (LIST_CONTROL *List, uint8_t Column, int Width);
+  void FitColumn (LIST_CONTROL *List, uint8_t Column);
+  // Scrolls the columns sideways by Pixels (positive: towards the right end).
+  void ScrollSideways (LIST_CONTROL *List, int Pixels);
+  // Shows the whole text of a cell as a tooltip at a screen position, when
+  // the cell does not show it whole; returns whether it does.
+  bool ShowCellTip (LIST_CONTROL *List, uint8_t Column, uint16_t Row, int X, int Y);
+  void HideCellTip ();
+  // The cell tooltip shown now; false when none (or its list or row is gone).
+  bool ShownCellTip (TooltipInfo &Out) const;
 
   // ---- trees
   std::vector<FILE_LIST_ITEM> TreeItems (FILE_LIST *Tree) const;

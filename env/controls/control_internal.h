@@ -13,14 +13,23 @@ namespace env {
 
 constexpr uint16_t kNoRow = 0xFFFF;
 constexpr size_t kMaxRows = 0xFFFE;        // row indexes stay below kNoRow
-constexpr uint16_t kScrollBarWidth = 16;
 constexpr size_t kMaxEditText = 191;
+constexpr UINT8 kFixedPitchOption = 1;     // LIST_CONTROL.Option of a fixed-pitch table
+
+// The cell whose tooltip is shown (one at a time).
+struct CellTip {
+  const LIST_CONTROL *List = nullptr;
+  uint8_t Column = 0;
+  uint16_t Row = 0;
+  int X = 0, Y = 0;
+};
 
 struct ControlDriver::State {
   State (WindowBase &Windows, GuiDriver &Gui);
   WindowBase::State &Base;
   GuiDriver &Gui;
   CONTROL_DRIVER_PROTOCOL Table {};
+  CellTip Tip;
 
   uint16_t RowHeight () const { return static_cast<uint16_t> (Base.LineHeight () + 2); }
   uint16_t HeaderHeight () const { return static_cast<uint16_t> (Base.LineHeight () + 6); }
@@ -51,19 +60,37 @@ struct ScrollBarObject : RecordControl<CONTROL> {
   ListObject *List = nullptr;
 };
 
+struct ListColumn {
+  ListColumnInfo Info;
+  int UserWidth = 0;                // set by the user; 0: laid out by the driver
+  // Widest text (title and cells) in pixels since the rows were last cleared;
+  // -1: to be measured.
+  mutable int Widest = -1;
+};
+
 struct ListObject : RecordControl<LIST_CONTROL> {
   static constexpr int Type = 12;
   int TypeId () const override { return Type; }
-  std::vector<ListColumnInfo> Columns;
+  std::vector<ListColumn> Columns;
   std::vector<std::unique_ptr<ListRow>> Rows;
   CONTROL *Edit = nullptr;
   ListRow *EditRow = nullptr;
   bool EditNew = false;
   std::string Search;
-  uint16_t Anchor = 0;                                // where a Shift selection by keys starts
+  uint16_t Anchor = 0;              // where a Shift selection by keys starts
+  int ScrollX = 0;                  // pixels scrolled sideways
 
   uint16_t RowOf (const ListRow *Row) const;          // kNoRow when gone
   uint16_t SelectedCount () const;
+  // Sets a cell's text, cut to its column's capacity; true when the widest
+  // text of a column whose width follows its texts grew.
+  bool SetCell (size_t Row, size_t Column, const char *Text);
+  void ForgetWidestTexts ();                          // after rows went
+  // The columns' widths, the scroll bars and the view (list_columns.cpp).
+  ListGeometry Geometry () const;
+  int WidestText (size_t Column) const;
+  void ScrollSideways (int Pixels);                   // positive: towards the right end
+  void HideTip ();                                    // when the tip is this list's
   void UpdateLayout ();
   void DropEdit ();                                   // ends an edit without notification
   void Notify (MESSAGE &Message) { CurrentWindowBase ()->Notify (Rec, Message); }
@@ -118,6 +145,9 @@ struct TextViewObject : RecordControl<CONTROL> {
 std::string EntryName (const void *Entry);
 // Path joined from a directory and a name with one "\" between them.
 std::string JoinPath (const std::string &Directory, const std::string &Name);
+
+// The list view behind a list record, or nullptr.
+ListObject *FindList (const void *Target);
 
 void FillListOperations (CONTROL_DRIVER_PROTOCOL &Table);
 void FillTreeOperations (CONTROL_DRIVER_PROTOCOL &Table);

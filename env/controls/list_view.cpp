@@ -5,22 +5,19 @@
 #include <cstring>
 
 #include "env/controls/control_internal.h"
+#include "env/gui/gui_driver.h"
 
 namespace env {
 
 namespace {
+
 constexpr UINT16 kScanHome = 0x05, kScanEnd = 0x06, kScanPageUp = 0x09, kScanPageDown = 0x0A;
-}  // namespace
 
-namespace {
-
-ControlDriver::State &C () { return *CurrentControls (); }
 WindowBase::State &B () { return CurrentControls ()->Base; }
 
-ListObject *AsList (const void *Target) { return ObjectAs<ListObject> (B ().FindControl (Target)); }
-
-
 }  // namespace
+
+ListObject *FindList (const void *Target) { return ObjectAs<ListObject> (B ().FindControl (Target)); }
 
 // ------------------------------------------------------------- list object
 
@@ -36,32 +33,50 @@ uint16_t ListObject::SelectedCount () const {
   return static_cast<uint16_t> (Count);
 }
 
+bool ListObject::SetCell (size_t Row, size_t Column, const char *Text) {
+  auto &Cells = Rows[Row]->Cells;
+  if (Cells.size () <= Column) Cells.resize (Column + 1);
+  size_t Capacity = Column < Columns.size () ? Columns[Column].Info.Capacity : 192;
+  Cells[Column] = CutText (Text, Capacity > 0 ? Capacity - 1 : 0);
+  // Only the columns whose width follows their texts keep their widest text
+  // up to date (the widest since the rows were last cleared).
+  bool Followed = Column + 1 == Columns.size () || (Column < Columns.size () && Data.Option == kFixedPitchOption);
+  if (!Followed || Columns[Column].Widest < 0) return false;
+  int Width = GuiDriver::TextWidth (Cells[Column]);   // as the renderer measures
+  if (Width <= Columns[Column].Widest) return false;
+  Columns[Column].Widest = Width;
+  return true;
+}
+
+void ListObject::ForgetWidestTexts () {
+  for (ListColumn &Column : Columns) Column.Widest = -1;
+}
+
 void ListObject::UpdateLayout () {
   LIST_CONTROL &L = Data;
-  uint16_t Header = C ().HeaderHeight ();
-  uint16_t RowHeight = C ().RowHeight ();
+  ListGeometry G = Geometry ();
+  ScrollX = G.ScrollX;
   L.RowCount = static_cast<UINT16> (Rows.size ());
-  L.VisibleRows = L.Control.Height > Header + 2 ? static_cast<UINT16> ((L.Control.Height - Header - 2) / RowHeight) : 0;
+  L.VisibleRows = static_cast<UINT16> (G.RowsHeight / G.RowHeight);
   uint16_t MaxTop = L.RowCount > L.VisibleRows ? static_cast<uint16_t> (L.RowCount - L.VisibleRows) : 0;
   if (L.TopRow > MaxTop) L.TopRow = MaxTop;
-  bool Needed = L.RowCount > L.VisibleRows;
-  if (Needed && L.ScrollBar == nullptr) {
+  if (G.VerticalBar && L.ScrollBar == nullptr) {
     auto Bar = std::make_unique<ScrollBarObject> ();
     Bar->List = this;
     Bar->Data.Kind = CONTROL_KIND_SCROLL_BAR;
     Bar->Data.Flags = WINDOW_FLAG_ENABLED;
     L.ScrollBar = B ().AddControl (L.Control.Parent, std::move (Bar), false, true);
-  } else if (!Needed && L.ScrollBar != nullptr) {
+  } else if (!G.VerticalBar && L.ScrollBar != nullptr) {
     CONTROL *Bar = L.ScrollBar;
     L.ScrollBar = nullptr;
     B ().RemoveControl (Bar);
   }
   if (L.ScrollBar != nullptr) {
     CONTROL &Bar = *L.ScrollBar;
-    Bar.X = static_cast<UINT16> (L.Control.X + (L.Control.Width > kScrollBarWidth ? L.Control.Width - kScrollBarWidth : 0));
-    Bar.Y = static_cast<UINT16> (L.Control.Y + Header);
-    Bar.Width = kScrollBarWidth;
-    Bar.Height = L.Control.Height > Header ? static_cast<UINT16> (L.Control.Height - Header) : 0;
+    Bar.X = static_cast<UINT16> (L.Control.X + G.ViewX + G.ViewWidth);
+    Bar.Y = static_cast<UINT16> (L.Control.Y + G.HeaderY);
+    Bar.Width = kListScrollBarWidth;
+    Bar.Height = static_cast<UINT16> (G.HeaderHeight + G.RowsHeight);
   }
 }
 
@@ -74,7 +89,10 @@ void ListObject::DropEdit () {
   B ().RemoveControl (Field);
   if (EditNew) {
     uint16_t Row = RowOf (EditRow);
-    if (Row != kNoRow && Rows[Row]->NewItem) Rows.erase (Rows.begin () + Row);
+    if (Row != kNoRow && Rows[Row]->NewItem) {
+      Rows.erase (Rows.begin () + Row);
+      ForgetWidestTexts ();
+    }
   }
   EditRow = nullptr;
   EditNew = false;
@@ -131,6 +149,12 @@ bool ListObject::OnKey (MESSAGE &Message) {
     return true;
   }
   if ((Shift & 0x3C) != 0) return false;   // Control or Alt held: the window's shortcuts
+  if (Scan == SCAN_CODE_LEFT || Scan == SCAN_CODE_RIGHT) {
+    // Sideways through columns wider than the list; otherwise the window's.
+    if (!Geometry ().HorizontalBar) return false;
+    ScrollSideways ((Scan == SCAN_CODE_RIGHT ? 3 : -3) * B ().CharWidth ());
+    return true;
+  }
   // Up and Down a row, Page Up and Page Down a page, Home and End to the
   // ends; with Shift the selection reaches from the anchor to the new row.
   int Page = std::max<int> (1, Data.VisibleRows > 1 ? Data.VisibleRows - 1 : 1);
@@ -253,11 +277,15 @@ void StartListEdit (ListObject *List, ListRow *Row, bool New) {
   auto Field = std::make_unique<EditObject> ();
   Field->Data.Kind = CONTROL_KIND_EDIT;
   Field->Data.Flags = WINDOW_FLAG_ENABLED | WINDOW_FLAG_FOCUSABLE;
-  Field->Data.X = static_cast<UINT16> (L.Control.X + 2);
+  // Over the row's name: column 0's text room, less the edit's own margin.
+  ListGeometry G = List->Geometry ();
+  int TextX = G.Columns.empty () ? 0 : G.Columns[0].TextX - G.ScrollX;
+  int TextWidth = G.Columns.empty () ? G.ViewWidth : G.Columns[0].TextWidth;
+  Field->Data.X = static_cast<UINT16> (std::max (0, L.Control.X + G.ViewX + TextX - kEditTextMargin));
   int Visible = Index >= L.TopRow ? Index - L.TopRow : 0;
-  Field->Data.Y = static_cast<UINT16> (L.Control.Y + C ().HeaderHeight () + Visible * C ().RowHeight ());
-  Field->Data.Width = L.Control.Width;
-  Field->Data.Height = C ().RowHeight ();
+  Field->Data.Y = static_cast<UINT16> (L.Control.Y + G.RowsY + Visible * G.RowHeight);
+  Field->Data.Width = static_cast<UINT16> (TextWidth + 2 * kEditTextMargin);
+  Field->Data.Height = static_cast<UINT16> (G.RowHeight);
   Field->SetText (reinterpret_cast<const char *> (Row->Item.Name));
   Field->Finish = [List] (const std::string &Text, bool Apply) { FinishListEdit (List, Text, Apply); };
   CONTROL *Edit = B ().AddControl (L.Control.Parent, std::move (Field), false, true);
@@ -265,7 +293,6 @@ void StartListEdit (ListObject *List, ListRow *Row, bool New) {
   List->Edit = Edit;
   List->EditRow = Row;
   List->EditNew = New;
-  if (!List->Columns.empty ()) Edit->Width = List->Columns[0].Width;
   L.Control.Parent->FocusControl = Edit;
 }
 
@@ -295,27 +322,22 @@ LIST_CONTROL *EFIAPI OpCreateListView (WINDOW_HEADER *Parent, UINT16 X, UINT16 Y
 
 VOID EFIAPI OpAddColumn (LIST_CONTROL *Target, const CHAR8 *Title, UINT16 Capacity, UINT16 Width, BOOLEAN Sortable,
                          BOOLEAN RightAligned) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || List->Columns.size () >= 255) return;
-  ListColumnInfo Column;
-  Column.Title = Title != nullptr ? CutText (reinterpret_cast<const char *> (Title), 255) : "";
-  Column.Capacity = Capacity;
-  Column.Width = Width;
-  Column.Sortable = Sortable != 0;
-  Column.RightAligned = RightAligned != 0;
+  ListColumn Column;
+  Column.Info.Title = Title != nullptr ? CutText (reinterpret_cast<const char *> (Title), 255) : "";
+  Column.Info.Capacity = Capacity;
+  Column.Info.Width = Width;
+  Column.Info.Sortable = Sortable != 0;
+  Column.Info.RightAligned = RightAligned != 0;
   List->Columns.push_back (Column);
   List->Data.ColumnCount = static_cast<UINT16> (List->Columns.size ());
-}
-
-// Text of a cell: cut to the column's capacity less the terminator.
-std::string CellValue (const ListObject &List, size_t Column, const char *Text) {
-  size_t Capacity = Column < List.Columns.size () ? List.Columns[Column].Capacity : 192;
-  return CutText (Text, Capacity > 0 ? Capacity - 1 : 0);
+  List->UpdateLayout ();
 }
 
 UINT16 EFIAPI OpAddListItem (LIST_CONTROL *Target, UINT8 Icon, BOOLEAN IsDirectory, UINT32 EntryWord, UINT64 Size,
                              const VOID *Entry) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || List->Rows.size () >= kMaxRows) return kNoRow;
   auto Row = std::make_unique<ListRow> ();
   Row->Item.Icon = Icon;
@@ -324,29 +346,29 @@ UINT16 EFIAPI OpAddListItem (LIST_CONTROL *Target, UINT8 Icon, BOOLEAN IsDirecto
   Row->Item.Size = Size;
   std::string Name = EntryName (Entry);
   std::memcpy (Row->Item.Name, Name.data (), Name.size ());
-  Row->Cells.push_back (CellValue (*List, 0, Name.c_str ()));
   List->Rows.push_back (std::move (Row));
+  List->SetCell (List->Rows.size () - 1, 0, Name.c_str ());
   List->UpdateLayout ();
   return static_cast<UINT16> (List->Rows.size () - 1);
 }
 
 VOID EFIAPI OpSetItemText (LIST_CONTROL *Target, UINT8 Column, UINT16 Row, const CHAR8 *Text) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || Row >= List->Rows.size ()) return;
   if (!List->Columns.empty () && Column >= List->Columns.size ()) return;
-  auto &Cells = List->Rows[Row]->Cells;
-  if (Cells.size () <= Column) Cells.resize (Column + 1);
-  Cells[Column] = CellValue (*List, Column, Text != nullptr ? reinterpret_cast<const char *> (Text) : "");
+  bool Wider = List->SetCell (Row, Column, Text != nullptr ? reinterpret_cast<const char *> (Text) : "");
+  // A fixed-pitch column grows with its widest text.
+  if (Wider && List->Data.Option == kFixedPitchOption) List->UpdateLayout ();
 }
 
 LIST_ITEM *EFIAPI OpGetItem (LIST_CONTROL *Target, UINT16 Row) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || Row >= List->Rows.size ()) return nullptr;
   return &List->Rows[Row]->Item;
 }
 
 LIST_ITEM *EFIAPI OpGetNextSelected (LIST_CONTROL *Target, UINT16 *Cursor) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || Cursor == nullptr) return nullptr;
   for (size_t Row = *Cursor; Row < List->Rows.size (); Row++) {
     if (List->Rows[Row]->Item.Selected == 0) continue;
@@ -358,10 +380,12 @@ LIST_ITEM *EFIAPI OpGetNextSelected (LIST_CONTROL *Target, UINT16 *Cursor) {
 }
 
 VOID EFIAPI OpClearList (LIST_CONTROL *Target) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr) return;
   List->DropEdit ();
+  List->HideTip ();
   List->Rows.clear ();
+  List->ForgetWidestTexts ();
   List->Search.clear ();
   List->Data.CurrentRow = 0;
   List->Data.TopRow = 0;
@@ -377,21 +401,21 @@ VOID EFIAPI OpSetScrollPosition (CONTROL *ScrollBar, UINT16 Row) {
 }
 
 VOID EFIAPI OpBeginNewItem (LIST_CONTROL *Target, UINT8 Icon, BOOLEAN IsDirectory, const CHAR8 *DefaultName) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || List->Rows.size () >= kMaxRows) return;
   if (List->Edit != nullptr) FinishListEdit (List, List->Edit->Text ? reinterpret_cast<char *> (List->Edit->Text) : "", false);
-  if (AsList (Target) != List) return;
+  if (FindList (Target) != List) return;
   auto Row = std::make_unique<ListRow> ();
   Row->Item.Icon = Icon;
   Row->Item.IsDirectory = IsDirectory ? 1 : 0;
   Row->NewItem = true;
   std::string Name = DefaultName != nullptr ? CutText (reinterpret_cast<const char *> (DefaultName), kMaxEditText) : "";
   std::memcpy (Row->Item.Name, Name.data (), Name.size ());
-  Row->Cells.push_back (CellValue (*List, 0, Name.c_str ()));
   ListRow *Added = Row.get ();
   for (auto &R : List->Rows) R->Item.Selected = 0;
   Added->Item.Selected = 1;
   List->Rows.push_back (std::move (Row));
+  List->SetCell (List->Rows.size () - 1, 0, Name.c_str ());
   List->Data.CurrentRow = static_cast<UINT16> (List->Rows.size () - 1);
   List->UpdateLayout ();
   uint16_t Last = List->Data.CurrentRow;
@@ -401,10 +425,10 @@ VOID EFIAPI OpBeginNewItem (LIST_CONTROL *Target, UINT8 Icon, BOOLEAN IsDirector
 }
 
 VOID EFIAPI OpBeginRename (LIST_CONTROL *Target, WINDOW_HEADER *) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr) return;
   if (List->Edit != nullptr) FinishListEdit (List, reinterpret_cast<char *> (List->Edit->Text), false);
-  if (AsList (Target) != List) return;
+  if (FindList (Target) != List) return;
   uint16_t Row = List->Data.CurrentRow;
   if (Row >= List->Rows.size ()) {
     Row = kNoRow;
@@ -436,7 +460,7 @@ void FillListOperations (CONTROL_DRIVER_PROTOCOL &T) {
 // ------------------------------------------------------ user actions
 
 void ControlDriver::SelectRows (LIST_CONTROL *Target, std::vector<uint16_t> Rows) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr) return;
   WindowBase::State::Scope Guard (B ());
   for (auto &Row : List->Rows) Row->Item.Selected = 0;
@@ -453,14 +477,14 @@ void ControlDriver::SelectRows (LIST_CONTROL *Target, std::vector<uint16_t> Rows
 
 std::vector<uint16_t> ControlDriver::SelectedRows (LIST_CONTROL *Target) const {
   std::vector<uint16_t> Out;
-  if (ListObject *List = AsList (Target))
+  if (ListObject *List = FindList (Target))
     for (size_t I = 0; I < List->Rows.size (); I++)
       if (List->Rows[I]->Item.Selected != 0) Out.push_back (static_cast<uint16_t> (I));
   return Out;
 }
 
 void ControlDriver::ActivateRow (LIST_CONTROL *Target, uint16_t Row) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || Row >= List->Rows.size ()) return;
   WindowBase::State::Scope Guard (B ());
   for (auto &R : List->Rows) R->Item.Selected = 0;
@@ -475,7 +499,7 @@ void ControlDriver::ActivateRow (LIST_CONTROL *Target, uint16_t Row) {
 }
 
 void ControlDriver::ContextClick (LIST_CONTROL *Target, uint16_t X, uint16_t Y) {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr) return;
   WindowBase::State::Scope Guard (B ());
   MESSAGE Message {};
@@ -489,29 +513,31 @@ void ControlDriver::ContextClick (LIST_CONTROL *Target, uint16_t X, uint16_t Y) 
 }
 
 std::string ControlDriver::CellText (LIST_CONTROL *Target, uint8_t Column, uint16_t Row) const {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   if (List == nullptr || Row >= List->Rows.size ()) return {};
   auto &Cells = List->Rows[Row]->Cells;
   return Column < Cells.size () ? Cells[Column] : std::string ();
 }
 
 std::vector<ListColumnInfo> ControlDriver::Columns (LIST_CONTROL *Target) const {
-  ListObject *List = AsList (Target);
-  return List != nullptr ? List->Columns : std::vector<ListColumnInfo> ();
+  std::vector<ListColumnInfo> Out;
+  if (ListObject *List = FindList (Target))
+    for (const ListColumn &Column : List->Columns) Out.push_back (Column.Info);
+  return Out;
 }
 
 bool ControlDriver::Editing (LIST_CONTROL *Target) const {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   return List != nullptr && List->Edit != nullptr;
 }
 
 uint16_t ControlDriver::EditRow (LIST_CONTROL *Target) const {
-  ListObject *List = AsList (Target);
+  ListObject *List = FindList (Target);
   return List != nullptr && List->Edit != nullptr ? List->RowOf (List->EditRow) : kNoRow;
 }
 
 void ControlDriver::FinishEdit (LIST_CONTROL *Target, const std::string &Text, bool Apply) {
-  if (ListObject *List = AsList (Target)) FinishListEdit (List, Text, Apply);
+  if (ListObject *List = FindList (Target)) FinishListEdit (List, Text, Apply);
 }
 
 uint16_t ControlDriver::RowHeight () const { return State_->RowHeight (); }

@@ -17,6 +17,8 @@ bool Inside (int X, int Y, int Rx, int Ry, int Rw, int Rh) { return X >= Rx && Y
 
 constexpr int kTooltipOffset = 20;   // below the pointer's tip
 constexpr int kBorderGrip = 4;       // pixels of a window's edge that resize it
+constexpr int kColumnGrip = 3;       // pixels on each side of a column title's border that size the column
+constexpr int kSidewaysStep = 24;    // pixels an arrow of a sideways scroll bar moves the columns
 constexpr int kSmallestSide = 40;    // no window is dragged smaller than this
 
 }  // namespace
@@ -60,10 +62,38 @@ CONTROL *DesktopInput::ControlAt (WINDOW_HEADER *Window, int X, int Y) const {
 uint16_t DesktopInput::ListRowAt (LIST_CONTROL *List, int X, int Y) const {
   int32_t Lx = 0, Ly = 0;
   Env_.windows ().ScreenOrigin (List, Lx, Ly);
-  int Top = Ly + 1 + Env_.controls ().HeaderHeight ();
-  if (Y < Top || !Inside (X, Y, Lx, Ly, List->Control.Width, List->Control.Height)) return 0xFFFF;
-  unsigned Row = List->TopRow + (Y - Top) / std::max<int> (1, Env_.controls ().RowHeight ());
+  ListGeometry G = Env_.controls ().Geometry (List);
+  if (!Inside (X, Y, Lx + G.ViewX, Ly + G.RowsY, G.ViewWidth, G.RowsHeight)) return 0xFFFF;
+  unsigned Row = List->TopRow + (Y - Ly - G.RowsY) / std::max (1, G.RowHeight);
   return Row < List->RowCount ? static_cast<uint16_t> (Row) : 0xFFFF;
+}
+
+int DesktopInput::ListColumnAt (LIST_CONTROL *List, int X) const {
+  int32_t Lx = 0, Ly = 0;
+  Env_.windows ().ScreenOrigin (List, Lx, Ly);
+  ListGeometry G = Env_.controls ().Geometry (List);
+  int At = X - Lx - G.ViewX;
+  if (At < 0 || At >= G.ViewWidth) return -1;
+  At += G.ScrollX;
+  for (size_t I = 0; I < G.Columns.size (); I++)
+    if (At >= G.Columns[I].X && At < G.Columns[I].X + G.Columns[I].Width) return static_cast<int> (I);
+  return -1;
+}
+
+int DesktopInput::ListBorderAt (LIST_CONTROL *List, int X, int Y) const {
+  int32_t Lx = 0, Ly = 0;
+  Env_.windows ().ScreenOrigin (List, Lx, Ly);
+  ListGeometry G = Env_.controls ().Geometry (List);
+  if (!Inside (X, Y, Lx + G.ViewX - kColumnGrip, Ly + G.HeaderY, G.ViewWidth + 2 * kColumnGrip, G.HeaderHeight))
+    return -1;
+  // The nearest border within the grip.
+  int Found = -1, Distance = kColumnGrip + 1;
+  for (size_t I = 0; I < G.Columns.size (); I++) {
+    int Edge = Lx + G.ViewX + G.Columns[I].X + G.Columns[I].Width - G.ScrollX;
+    int Away = std::max (X - Edge, Edge - X);
+    if (Away < Distance) Found = static_cast<int> (I), Distance = Away;
+  }
+  return Found;
 }
 
 bool DesktopInput::ClickPopup (WINDOW_HEADER *Popup, int X, int Y) {
@@ -97,6 +127,7 @@ bool DesktopInput::MouseDown (int X, int Y, MouseButton Button, int Clicks, bool
   // A message box is modal: only its button takes the mouse.
   if (Wb.OpenMessageBox ()) return Button == MouseButton::Left && MessageBoxClick (X, Y);
   Wb.HideTooltip ();
+  Env_.controls ().HideCellTip ();
   if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) return ClickPopup (Popup, X, Y);
   WINDOW_HEADER *W = WindowAt (X, Y);
   if (!W) return false;
@@ -159,12 +190,34 @@ bool DesktopInput::ClickControl (WINDOW_HEADER *Window, CONTROL *C, int X, int Y
     case CONTROL_KIND_LIST: {
       auto *List = reinterpret_cast<LIST_CONTROL *> (C);
       Wb.Table ()->SetFocus (C->Parent ? C->Parent : Window, C, 1);
-      // The scroll bar column: upper half scrolls up a page, lower half down.
-      if (List->ScrollBar && X >= Cx + C->Width - 17) {
+      ListGeometry G = Cd.Geometry (List);
+      int BarsX = Cx + G.ViewX + G.ViewWidth, BarY = Cy + G.RowsY + G.RowsHeight;
+      // The vertical scroll bar: upper half scrolls up a page, lower half down.
+      if (List->ScrollBar && X >= BarsX && Y < BarY) {
         int Page = std::max<int> (1, List->VisibleRows);
         int Top = List->TopRow + (Y < Cy + C->Height / 2 ? -Page : Page);
         Top = std::clamp (Top, 0, std::max (0, int (List->RowCount) - int (List->VisibleRows)));
-        Env_.controls ().Table ()->SetScrollPosition (List->ScrollBar, static_cast<UINT16> (Top));
+        Cd.Table ()->SetScrollPosition (List->ScrollBar, static_cast<UINT16> (Top));
+        return true;
+      }
+      // The sideways bar: its arrows move a step, the rest of its halves a page.
+      if (G.HorizontalBar && Y >= BarY) {
+        if (X >= BarsX) return false;
+        int Start = Cx + G.ViewX, Arrow = std::min (kListScrollBarWidth, G.ViewWidth / 2);
+        int Step = X < Start + Arrow ? -kSidewaysStep : X >= BarsX - Arrow ? kSidewaysStep : 0;
+        if (Step == 0) Step = X < Start + G.ViewWidth / 2 ? -G.ViewWidth : G.ViewWidth;
+        Cd.ScrollSideways (List, Step);
+        return true;
+      }
+      // A column title's right border: dragged, it sizes the column; double-clicked, fits it.
+      int Border = Left ? ListBorderAt (List, X, Y) : -1;
+      if (Border >= 0) {
+        if (Clicks >= 2) {
+          Cd.FitColumn (List, static_cast<uint8_t> (Border));
+        } else {
+          Sizing_ = List, SizingColumn_ = static_cast<uint8_t> (Border);
+          SizingFrom_ = X - G.Columns[Border].Width;
+        }
         return true;
       }
       uint16_t Row = ListRowAt (List, X, Y);
@@ -254,6 +307,11 @@ bool DesktopInput::MouseMove (int X, int Y) {
   }
   if (Resizing_ && !Wb.IsWindow (Resizing_)) Resizing_ = nullptr;
   if (Resizing_) return ResizeTo (X, Y);
+  if (Sizing_ && !Wb.IsControl (Sizing_)) Sizing_ = nullptr;
+  if (Sizing_) {
+    Env_.controls ().SetColumnWidth (Sizing_, SizingColumn_, X - SizingFrom_);
+    return true;
+  }
   if (Dragging_ && !Wb.IsWindow (Dragging_)) Dragging_ = nullptr;
   if (!Dragging_) return PointAt (X, Y);
   GuiDriver &Gui = Env_.gui ();
@@ -265,20 +323,36 @@ bool DesktopInput::MouseMove (int X, int Y) {
   return Moved;
 }
 
+// The tooltip shown now, of a menu button or of a list cell; false when none.
+bool DesktopInput::ShownTooltip (TooltipInfo &Out) const {
+  return Env_.windows ().ShownTooltip (Out) || Env_.controls ().ShownCellTip (Out);
+}
+
 bool DesktopInput::PointAt (int X, int Y) {
   WindowBase &Wb = Env_.windows ();
+  ControlDriver &Cd = Env_.controls ();
   TooltipInfo Before;
-  bool Had = Wb.ShownTooltip (Before);
+  bool Had = ShownTooltip (Before);
   WINDOW_HEADER *W = WindowAt (X, Y);
   CONTROL *C = W ? ControlAt (W, X, Y) : nullptr;
+  // Below the pointer, as tooltips appear; one at a time.
+  bool CellShown = false;
   if (C && C->Kind == CONTROL_KIND_MENU_ITEM) {
-    // Below the pointer, as tooltips appear.
     Wb.ShowTooltip (reinterpret_cast<MENU_ITEM *> (C), X, Y + kTooltipOffset);
   } else {
     Wb.HideTooltip ();
+    if (C && C->Kind == CONTROL_KIND_LIST) {
+      // A cell whose text does not show whole.
+      auto *List = reinterpret_cast<LIST_CONTROL *> (C);
+      uint16_t Row = ListRowAt (List, X, Y);
+      int Column = ListColumnAt (List, X);
+      CellShown = Row != 0xFFFF && Column >= 0 &&
+                  Cd.ShowCellTip (List, static_cast<uint8_t> (Column), Row, X, Y + kTooltipOffset);
+    }
   }
+  if (!CellShown) Cd.HideCellTip ();
   TooltipInfo After;
-  bool Has = Wb.ShownTooltip (After);
+  bool Has = ShownTooltip (After);
   return Had != Has || (Has && (After.X != Before.X || After.Y != Before.Y || After.Text != Before.Text));
 }
 
@@ -291,7 +365,10 @@ bool DesktopInput::MessageBoxClick (int X, int Y) {
   return true;
 }
 
-void DesktopInput::MouseUp (int, int) { Dragging_ = Resizing_ = nullptr; }
+void DesktopInput::MouseUp (int, int) {
+  Dragging_ = Resizing_ = nullptr;
+  Sizing_ = nullptr;
+}
 
 // The new size goes to the window as a resize message; its handler decides
 // what it accepts (windows keep their own minimum sizes).
@@ -319,6 +396,7 @@ bool DesktopInput::Wheel (int X, int Y, int Lines) {
   if (C->Kind == CONTROL_KIND_LIST) {
     auto *List = reinterpret_cast<LIST_CONTROL *> (C);
     if (!List->ScrollBar) return false;
+    Env_.controls ().HideCellTip ();   // its row moves from under the pointer
     int Top = std::clamp (int (List->TopRow) - Lines * 3, 0, std::max (0, int (List->RowCount) - int (List->VisibleRows)));
     Env_.controls ().Table ()->SetScrollPosition (List->ScrollBar, static_cast<UINT16> (Top));
     return true;

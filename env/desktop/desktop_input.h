@@ -1,11 +1,13 @@
 // The user's mouse and keyboard on the desktop, turned into the window
 // base's and control driver's user actions: activating and moving windows,
 // the close box, resizing by the right and bottom borders, menu buttons,
-// buttons, list rows (select, open, context click, scroll), tree items,
-// combo boxes, log lines, popup items, keys to the active window (Tab that
-// the window leaves moves the focus), tooltips of menu buttons under the
-// pointer, and the button of a message box being shown (which then takes all
-// input). It knows the layout the renderer draws; it has no display of its
+// buttons, list rows (select, open, context click, scroll), list columns
+// (dragging a title's right border sizes the column, double-clicking it fits
+// the column to its widest text; the sideways scroll bar), tree items, combo
+// boxes, log lines, popup items, keys to the active window (Tab that the
+// window leaves moves the focus), tooltips of menu buttons and of list cells
+// that do not show whole under the pointer, and the button of a message box
+// being shown (which then takes all input). It knows the layout the renderer draws; it has no display of its
 // own (the SDL desktop feeds it, and tests can too).
 #pragma once
 
@@ -32,8 +34,9 @@ class DesktopInput {
 
   // Clicks is 2 for a double click. Returns true when something reacted.
   bool MouseDown (int X, int Y, MouseButton Button, int Clicks, bool Ctrl = false, bool Shift = false);
-  // Drags a window by its title bar; over an open popup, highlights the item;
-  // over a menu button, shows its tooltip. Returns true when the screen changed.
+  // Drags a window by its title bar or a list column's border; over an open
+  // popup, highlights the item; over a menu button or a cut list cell, shows
+  // its tooltip. Returns true when the screen changed.
   bool MouseMove (int X, int Y);
   void MouseUp (int X, int Y);
   // Wheel over a list, tree or log: positive Lines scroll up.
@@ -50,6 +53,10 @@ class DesktopInput {
   CONTROL *ControlAt (WINDOW_HEADER *Window, int X, int Y) const;
   // Row of a list under a screen point (0xFFFF when none).
   uint16_t ListRowAt (LIST_CONTROL *List, int X, int Y) const;
+  // Column of a list under a screen x, in its view (-1 when none).
+  int ListColumnAt (LIST_CONTROL *List, int X) const;
+  // Column whose title's right border is under a screen point (-1 when none).
+  int ListBorderAt (LIST_CONTROL *List, int X, int Y) const;
 
  private:
   bool ClickControl (WINDOW_HEADER *Window, CONTROL *Control, int X, int Y, MouseButton Button, int Clicks, bool Ctrl,
@@ -57,6 +64,7 @@ class DesktopInput {
   bool ClickPopup (WINDOW_HEADER *Popup, int X, int Y);
   int PopupItemAt (WINDOW_HEADER *Popup, const std::vector<PopupItemInfo> &Items, int X, int Y) const;
   bool PointAt (int X, int Y);
+  bool ShownTooltip (TooltipInfo &Out) const;
   bool ResizeTo (int X, int Y);
   bool MoveFocus (WINDOW_HEADER *Window, bool Backwards);
   bool DesktopKey (CHAR16 Ch, UINT16 Scan, UINT32 Shift);
@@ -69,6 +77,9 @@ class DesktopInput {
   Siblings &Env_;
   WINDOW_HEADER *Dragging_ = nullptr;
   WINDOW_HEADER *Resizing_ = nullptr;
+  LIST_CONTROL *Sizing_ = nullptr;     // the list whose column is being sized
+  uint8_t SizingColumn_ = 0;
+  int SizingFrom_ = 0;                 // pointer x less the column's width
   bool ResizeRight_ = false, ResizeBottom_ = false;
   int SentWidth_ = 0, SentHeight_ = 0;
   int DragDx_ = 0, DragDy_ = 0;

@@ -48,6 +48,7 @@ bool DesktopInput::Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
     return false;
   }
   Wb.HideTooltip ();
+  Env_.controls ().HideCellTip ();
   if (DesktopKey (Ch, Scan, Shift)) {
     Wb.PumpMessages ();
     return true;

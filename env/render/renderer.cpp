@@ -5,6 +5,7 @@
 #include <set>
 
 #include "env/controls/control_driver.h"
+#include "env/gui/font.h"
 #include "env/siblings.h"
 #include "env/gui/gui_driver.h"
 #include "env/windows/window_base.h"
@@ -15,10 +16,12 @@ namespace env {
 namespace {
 
 constexpr int kStatusPadding = 8;
-constexpr int kScrollBarWidth = 16;
 constexpr int kIconSize = 16;
 constexpr uint32_t kTooltipColour = 0xFFFFE1;
 constexpr const char *kOkText = "OK";
+constexpr int kEllipsisWidth = 8;        // "…" takes one narrow cell
+constexpr int kNarrowCell = 8;           // a one-byte character's cell
+constexpr int kLabelMargin = 4;          // between a button's edge and its label
 
 // Bytes of the GBK character at At: two for a lead byte with a byte after it.
 size_t CharLength (const std::string &T, size_t At) {
@@ -92,7 +95,7 @@ class Painter {
     }
     if (WINDOW_HEADER *Popup = Wb.ShownPopup ()) PaintPopup (Popup);
     TooltipInfo Tip;
-    if (Wb.ShownTooltip (Tip)) PaintTooltip (Tip);
+    if (Wb.ShownTooltip (Tip) || Cd.ShownCellTip (Tip)) PaintTooltip (Tip);
     if (const MessageBoxRecord *Box = Wb.OpenMessageBox ()) PaintMessageBox (*Box);
     Wb.SetPaintHook (nullptr);
     return Count;
@@ -139,11 +142,22 @@ class Painter {
   void Text (const PaintContext &C, int X, int Y, const std::string &T, uint32_t Colour) {
     Gui.DrawText (C, X, Y, T, Colour);
   }
-  // Text cut at the right edge of the clip with its own clip.
-  // Only whole characters that fit in W pixels are drawn.
-  void TextIn (const PaintContext &C, int X, int Y, int W, const std::string &T, uint32_t Colour) {
-    Gui.DrawText (Intersect (C, Clip (X, Y, W, Lh)), X, Y, Fit (T, W), Colour);
+  // A text in W pixels from X: whole when it fits, else as many whole
+  // characters as leave room for "…" after them. Returns the width drawn.
+  int TextIn (const PaintContext &C, int X, int Y, int W, const std::string &T, uint32_t Colour) {
+    PaintContext Box = Intersect (C, Clip (X, Y, W, Lh));
+    if (GuiDriver::TextWidth (T) <= W) return Gui.DrawText (Box, X, Y, T, Colour);
+    if (W < kEllipsisWidth) return 0;
+    int Drawn = Gui.DrawText (Box, X, Y, Fit (T, W - kEllipsisWidth), Colour);
+    Ellipsis (Box, X + Drawn, Y, Colour);
+    return Drawn + kEllipsisWidth;
   }
+  // "…" as the font draws it (U+2026): dots of 1 x 2 pixels in columns 1, 4
+  // and 7 of a narrow cell, on the baseline.
+  void Ellipsis (const PaintContext &C, int X, int Y, uint32_t Colour) {
+    for (int Dot : {1, 4, 7}) Gui.FillRect (C, X + Dot, Y + Lh - 4, 1, 2, Colour);
+  }
+  // The longest start of T, in whole characters, that fits in W pixels.
   static std::string Fit (const std::string &T, int W) {
     if (GuiDriver::TextWidth (T) <= W) return T;
     size_t End = 0;
@@ -156,6 +170,66 @@ class Painter {
       End += Len;
     }
     return T.substr (0, End);
+  }
+  // The longest end of T, in whole characters, that fits in W pixels.
+  static std::string FitEnd (const std::string &T, int W) {
+    size_t Start = 0;
+    while (Start < T.size () && GuiDriver::TextWidth (T.substr (Start)) > W) Start += CharLength (T, Start);
+    return T.substr (Start);
+  }
+
+  // A button's label, centred. A label wider than the button's face is drawn
+  // condensed (each letter's ink, one pixel apart) when that fits, else cut.
+  void Label (const PaintContext &C, int X, int Y, int W, int H, const std::string &T, uint32_t Colour) {
+    int Room = W - 2 * kLabelMargin;
+    int Ty = Y + (H - Lh) / 2;
+    int Tw = GuiDriver::TextWidth (T);
+    if (Tw <= Room) {
+      Text (C, X + (W - Tw) / 2, Ty, T, Colour);
+      return;
+    }
+    int Condensed = CondensedWidth (T);
+    if (Condensed <= W - 4) {
+      CondensedText (C, X + (W - Condensed) / 2, Ty, T, Colour);
+      return;
+    }
+    TextIn (C, X + kLabelMargin, Ty, Room, T, Colour);
+  }
+  // Ink columns of a one-byte character's glyph; a blank one (the space) keeps half its cell.
+  static void InkOf (unsigned char Ch, int &Left, int &Width) {
+    Glyph Found;
+    const Glyph *G = FindGlyph (Ch, Found) ? &Found : nullptr;
+    Left = 0, Width = 0;
+    int Right = -1;
+    if (G != nullptr && G->Width == kNarrowCell)
+      for (int Col = 0; Col < kNarrowCell; Col++)
+        for (unsigned Row = 0; Row < kFontHeight; Row++)
+          if (G->Pixel (Col, Row)) {
+            if (Right < 0) Left = Col;
+            Right = Col;
+            break;
+          }
+    Width = Right < 0 ? kNarrowCell / 2 : Right - Left + 1;
+  }
+  static int CondensedWidth (const std::string &T) {
+    int W = 0;
+    for (size_t I = 0; I < T.size (); I += CharLength (T, I)) {
+      int Left, Ink;
+      if (CharLength (T, I) == 2) Ink = GuiDriver::TextWidth (T.substr (I, 2));
+      else InkOf (static_cast<unsigned char> (T[I]), Left, Ink);
+      W += (I > 0) + Ink;
+    }
+    return W;
+  }
+  void CondensedText (const PaintContext &C, int X, int Y, const std::string &T, uint32_t Colour) {
+    for (size_t I = 0; I < T.size (); I += CharLength (T, I)) {
+      std::string Ch = T.substr (I, CharLength (T, I));
+      int Left = 0, Ink = GuiDriver::TextWidth (Ch);
+      if (Ch.size () == 1) InkOf (static_cast<unsigned char> (Ch[0]), Left, Ink);
+      if (I > 0) X++;
+      Gui.DrawText (Intersect (C, Clip (X, Y, Ink, Lh)), X - Left, Y, Ch, Colour);
+      X += Ink;
+    }
   }
 
   void Icon (const PaintContext &C, int X, int Y, uint8_t Id, int Size, bool Greyed = false) {
@@ -241,9 +315,8 @@ class Painter {
       Icon (Ctx, X + 5, Y + (L.CaptionHeight - kIconSize) / 2, W->IconId, kIconSize);
       TextX = X + 5 + kIconSize + 4;
     }
-    PaintContext TitleClip = Intersect (Ctx, Clip (TextX, Y, L.CloseX - 4 - TextX, L.CaptionHeight));
-    Text (TitleClip, TextX, Y + (L.CaptionHeight - Lh) / 2, Str (W->Title, sizeof W->Title),
-          colours::CaptionText);
+    TextIn (Ctx, TextX, Y + (L.CaptionHeight - Lh) / 2, L.CloseX - 4 - TextX, Str (W->Title, sizeof W->Title),
+            colours::CaptionText);
     // The close box.
     Gui.FillRect (Ctx, L.CloseX, L.CloseY, L.CloseWidth, L.CloseHeight, colours::Face);
     Bevel (Ctx, L.CloseX, L.CloseY, L.CloseWidth, L.CloseHeight, true);
@@ -261,13 +334,14 @@ class Painter {
     Gui.FillRect (C, L.X + 1, L.StatusY, L.Width - 2, L.StatusHeight - 1, colours::Face);
     int Inner = L.Width - 4;
     // The first field takes the larger share: it carries the longer texts.
+    // The others share a third, each at least as wide as its own text.
     std::vector<int> Widths (Fields, 0);
-    if (Fields == 1) Widths[0] = Inner;
-    else {
-      int Rest = Inner / 3;
-      Widths[0] = Inner - Rest;
-      for (unsigned F = 1; F < Fields; F++) Widths[F] = Rest / int (Fields - 1);
+    int Others = 0;
+    for (unsigned F = 1; F < Fields; F++) {
+      Widths[F] = std::max (Inner / 3 / int (Fields - 1), GuiDriver::TextWidth (Wb.StatusText (W, F)) + 10);
+      Others += Widths[F];
     }
+    Widths[0] = std::max (0, Inner - Others);
     int Fx = L.X + 2;
     for (unsigned F = 0; F < Fields; F++) {
       int Fw = Widths[F] - 2;
@@ -313,6 +387,8 @@ class Painter {
           Bevel (C, X, Y, W, H, false);
           TextIn (C, X + 4, Y + (H - Lh) / 2, W - 8, T, colours::Text);
         } else {
+          // A label made 0 wide is as wide as its text.
+          if (W == 0) W = GuiDriver::TextWidth (T), C = Intersect (Area, Clip (X, Y, W, H));
           TextIn (C, X, Y + (H - Lh) / 2, W, T, colours::Text);
         }
         break;
@@ -320,8 +396,7 @@ class Painter {
         bool Pressed = Ctl->State == 1;
         Gui.FillRect (C, X, Y, W, H, colours::Face);
         Bevel (C, X, Y, W, H, !Pressed);
-        int Tw = GuiDriver::TextWidth (T);
-        Text (C, X + (W - Tw) / 2 + Pressed, Y + (H - Lh) / 2 + Pressed, T, colours::Text);
+        Label (C, X + Pressed, Y + Pressed, W, H, T, colours::Text);
         break;
       }
       case CONTROL_KIND_MENU_ITEM:
@@ -342,12 +417,17 @@ class Painter {
       case CONTROL_KIND_LOG_VIEW:
         PaintLog (reinterpret_cast<LOG_VIEW *> (Ctl), C, X, Y, W, H);
         break;
-      case CONTROL_KIND_EDIT:
+      case CONTROL_KIND_EDIT: {
         Gui.FillRect (C, X, Y, W, H, colours::Window);
         Gui.FrameRect (C, X, Y, W, H, colours::Text);
-        TextIn (C, X + 3, Y + (H - Lh) / 2, W - 6, T, colours::Text);
-        Gui.FillRect (C, X + 3 + GuiDriver::TextWidth (T), Y + (H - Lh) / 2, 1, Lh, colours::Text);   // caret
+        // The end of a long text shows, with the caret after it.
+        int Room = W - 2 * kEditTextMargin - 1;
+        std::string Shown = FitEnd (T, Room);
+        int Tx = X + kEditTextMargin, Ty = Y + (H - Lh) / 2;
+        Text (Intersect (C, Clip (Tx, Ty, Room, Lh)), Tx, Ty, Shown, colours::Text);
+        Gui.FillRect (C, Tx + GuiDriver::TextWidth (Shown), Ty, 1, Lh, colours::Text);
         break;
+      }
       case CONTROL_KIND_SCROLL_BAR:
         ScrollBar (C, X, Y, W, H, 1, 1, 0);
         break;
@@ -370,98 +450,141 @@ class Painter {
     std::string T = Item->Control.Text ? reinterpret_cast<const char *> (Item->Control.Text) : "";
     if (Highlighted) Gui.FillRect (C, X, Y, W, H, colours::Selection);
     uint32_t Colour = !Enabled ? colours::GreyText : Highlighted ? colours::SelectionText : colours::Text;
-    int Tw = GuiDriver::TextWidth (T);
-    if (!Enabled) Text (C, X + (W - Tw) / 2 + 1, Y + (H - Lh) / 2 + 1, T, colours::Light);
-    Text (C, X + (W - Tw) / 2, Y + (H - Lh) / 2, T, Colour);
+    if (!Enabled) Label (C, X + 1, Y + 1, W, H, T, colours::Light);
+    Label (C, X, Y, W, H, T, Colour);
   }
 
-  void ScrollBar (const PaintContext &C, int X, int Y, int W, int H, unsigned Total, unsigned Visible, unsigned Top) {
+  // A scroll bar: arrows at both ends and a thumb for the part in view (of
+  // Total rows or pixels, Visible of them from Top); Sideways lies along the
+  // bottom with arrows pointing left and right.
+  void ScrollBar (const PaintContext &C, int X, int Y, int W, int H, unsigned Total, unsigned Visible, unsigned Top,
+                  bool Sideways = false) {
     Gui.FillRect (C, X, Y, W, H, 0xE8E8E8);
-    int Arrow = std::min (W, H / 2);
+    int Length = Sideways ? W : H, Across = Sideways ? H : W;
+    int Arrow = std::min (Across, Length / 2);
     for (int End = 0; End < 2; End++) {
-      int Ay = End == 0 ? Y : Y + H - Arrow;
-      Gui.FillRect (C, X, Ay, W, Arrow, colours::Face);
-      Bevel (C, X, Ay, W, Arrow, true);
-      int Cx = X + W / 2, Cy = Ay + Arrow / 2;
+      int At = End == 0 ? 0 : Length - Arrow;
+      int Ax = Sideways ? X + At : X, Ay = Sideways ? Y : Y + At;
+      int Aw = Sideways ? Arrow : W, Ah = Sideways ? H : Arrow;
+      Gui.FillRect (C, Ax, Ay, Aw, Ah, colours::Face);
+      Bevel (C, Ax, Ay, Aw, Ah, true);
+      int Cx = Ax + Aw / 2, Cy = Ay + Ah / 2;
       for (int I = 0; I < 4; I++) {
-        int Row = End == 0 ? Cy - 2 + I : Cy + 1 - I;
-        Gui.FillRect (C, Cx - I, Row, 2 * I + 1, 1, colours::Text);
+        int Step = End == 0 ? -2 + I : 1 - I;   // the tip towards the bar's end
+        if (Sideways) Gui.FillRect (C, Cx + Step, Cy - I, 1, 2 * I + 1, colours::Text);
+        else Gui.FillRect (C, Cx - I, Cy + Step, 2 * I + 1, 1, colours::Text);
       }
     }
-    int Track = H - 2 * Arrow;
+    int Track = Length - 2 * Arrow;
     if (Track <= 0 || Total == 0 || Visible >= Total) return;
     int Thumb = std::max (8, int (int64_t (Track) * Visible / Total));
     Thumb = std::min (Thumb, Track);
-    int Pos = int (int64_t (Track - Thumb) * std::min (Top, Total - Visible) / std::max (1u, Total - Visible));
-    Gui.FillRect (C, X, Y + Arrow + Pos, W, Thumb, colours::Face);
-    Bevel (C, X, Y + Arrow + Pos, W, Thumb, true);
+    int Pos = Arrow + int (int64_t (Track - Thumb) * std::min (Top, Total - Visible) / std::max (1u, Total - Visible));
+    int Tx = Sideways ? X + Pos : X, Ty = Sideways ? Y : Y + Pos;
+    Gui.FillRect (C, Tx, Ty, Sideways ? Thumb : W, Sideways ? H : Thumb, colours::Face);
+    Bevel (C, Tx, Ty, Sideways ? Thumb : W, Sideways ? H : Thumb, true);
   }
 
-  static constexpr uint32_t kFixedColumnTint = 0xD2DEF2;
+  // A fixed-pitch table: the offset column on a gutter, thin rules in the
+  // wider gaps between groups of columns.
+  static constexpr uint32_t kGutter = 0xF0F0F0;
+  static constexpr uint32_t kGroupRule = 0xC8C8C8;
 
   void PaintList (LIST_CONTROL *L, const PaintContext &Area, int X, int Y, int W, int H) {
     Gui.FillRect (Area, X, Y, W, H, colours::Window);
     Bevel (Area, X, Y, W, H, false);
-    int InnerW = W - 2 - (L->ScrollBar ? kScrollBarWidth : 0);
-    PaintContext C = Intersect (Area, Clip (X + 1, Y + 1, InnerW, H - 2));
+    ListGeometry G = Cd.Geometry (L);
     std::vector<ListColumnInfo> Cols = Cd.Columns (L);
-    int HeaderH = Cd.HeaderHeight (), RowH = Cd.RowHeight ();
-    // Fixed-pitch lists (the hex view) give every character its column:
-    // cells are as wide as their text, so they carry no padding.
-    bool Fixed = L->Option == 1;
-    int Pad = Fixed ? 0 : 4;
-    int Cx = X + 1;
-    for (const ListColumnInfo &Col : Cols) {
-      Gui.FillRect (C, Cx, Y + 1, Col.Width, HeaderH, colours::Face);
-      Bevel (C, Cx, Y + 1, Col.Width, HeaderH, true);
-      TextIn (C, Cx + Pad, Y + 1 + (HeaderH - Lh) / 2, Col.Width - 2 * Pad, Col.Title, colours::Text);
-      Cx += Col.Width;
+    std::vector<ListColumnSpan> Spans = G.Columns;
+    if (Spans.empty ()) {
+      // Without columns the rows' names go across the view.
+      ListColumnSpan Whole;
+      Whole.Width = G.ViewWidth;
+      Whole.TextX = 4 + (G.Icons ? kListIconRoom : 0);
+      Whole.TextWidth = Whole.Width - Whole.TextX - 4;
+      Spans.push_back (Whole);
     }
-    if (Cx < X + 1 + InnerW) {
-      Gui.FillRect (C, Cx, Y + 1, X + 1 + InnerW - Cx, HeaderH, colours::Face);
-      Bevel (C, Cx, Y + 1, X + 1 + InnerW - Cx, HeaderH, true);
+    const int ViewX = X + G.ViewX, Left = ViewX - G.ScrollX;
+
+    // The title row, scrolled with the columns: a button per column, or one
+    // plain row over a fixed-pitch table (whose titles line up with its data).
+    int HeadY = Y + G.HeaderY, HeadH = G.HeaderHeight;
+    PaintContext Head = Intersect (Area, Clip (ViewX, HeadY, G.ViewWidth, HeadH));
+    if (G.FixedPitch) {
+      Gui.FillRect (Head, ViewX, HeadY, G.ViewWidth, HeadH, colours::Face);
+      Bevel (Head, ViewX, HeadY, G.ViewWidth, HeadH, true);
     }
+    for (size_t I = 0; I < Cols.size (); I++) {
+      const ListColumnSpan &S = Spans[I];
+      if (!G.FixedPitch) {
+        Gui.FillRect (Head, Left + S.X, HeadY, S.Width, HeadH, colours::Face);
+        Bevel (Head, Left + S.X, HeadY, S.Width, HeadH, true);
+      }
+      int IconRoom = I == 0 && G.Icons ? kListIconRoom : 0;   // the title also takes the icons' room
+      TextIn (Head, Left + S.TextX - IconRoom, HeadY + (HeadH - Lh) / 2, S.TextWidth + IconRoom, Cols[I].Title,
+              colours::Text);
+    }
+    int HeadEnd = Cols.empty () ? ViewX : Left + G.ContentWidth;
+    if (!G.FixedPitch && HeadEnd < ViewX + G.ViewWidth) {
+      Gui.FillRect (Head, HeadEnd, HeadY, ViewX + G.ViewWidth - HeadEnd, HeadH, colours::Face);
+      Bevel (Head, HeadEnd, HeadY, ViewX + G.ViewWidth - HeadEnd, HeadH, true);
+    }
+
+    // The rows.
+    const int RowsY = Y + G.RowsY, RowH = G.RowHeight;
+    PaintContext Body = Intersect (Area, Clip (ViewX, RowsY, G.ViewWidth, G.RowsHeight));
+    if (G.FixedPitch) PaintGroups (Body, Spans, Left, RowsY, G.RowsHeight);
     std::vector<uint16_t> Sel = Cd.SelectedRows (L);
     std::set<uint16_t> Selected (Sel.begin (), Sel.end ());
     uint16_t EditRow = Cd.EditRow (L);
-    auto *GetItem = Env.controls ().Table ()->GetItem;
-    int Ry = Y + 1 + HeaderH;
-    for (unsigned Row = L->TopRow; Row < L->RowCount && Ry < Y + H - 1; Row++, Ry += RowH) {
-      bool IsSel = !Fixed && Selected.count (Row);
-      if (IsSel) Gui.FillRect (C, X + 1, Ry, InnerW, RowH, colours::Selection);
+    auto *GetItem = Cd.Table ()->GetItem;
+    int Ry = RowsY;
+    for (unsigned Row = L->TopRow; Row < L->RowCount && Ry < RowsY + G.RowsHeight; Row++, Ry += RowH) {
+      bool IsSel = !G.FixedPitch && Selected.count (Row);
+      if (IsSel) Gui.FillRect (Body, ViewX, Ry, G.ViewWidth, RowH, colours::Selection);
       uint32_t Colour = IsSel ? colours::SelectionText : colours::Text;
       int Ty = Ry + (RowH - Lh) / 2;
-      int ColX = X + 1;
-      for (size_t Col = 0; Col < std::max<size_t> (Cols.size (), 1); Col++) {
-        int ColW = Cols.empty () ? InnerW : Cols[Col].Width;
-        int TextX = ColX + Pad;
-        if (Col == 0 && !Fixed) {
+      for (size_t Col = 0; Col < Spans.size (); Col++) {
+        const ListColumnSpan &S = Spans[Col];
+        if (Col == 0 && G.Icons) {
           LIST_ITEM *Item = GetItem ? GetItem (L, static_cast<UINT16> (Row)) : nullptr;
-          if (Item && Item->Icon < ICON_NONE) Icon (C, ColX + 2, Ry + (RowH - kIconSize) / 2, Item->Icon, kIconSize);
-          TextX = ColX + 2 + kIconSize + 4;
+          if (Item && Item->Icon < ICON_NONE)
+            Icon (Body, Left + S.TextX - kListIconRoom, Ry + (RowH - kIconSize) / 2, Item->Icon, kIconSize);
         }
-        // Without padding, neighbouring cells are told apart by a light tint on every other column.
-        if (Fixed && Col % 2 == 1) Gui.FillRect (C, ColX, Ry, ColW, RowH, kFixedColumnTint);
-        if (!(Col == 0 && Row == EditRow)) {
-          std::string Cell = Cd.CellText (L, static_cast<uint8_t> (Col), static_cast<uint16_t> (Row));
-          bool Right = !Cols.empty () && Cols[Col].RightAligned;
-          int Tw = GuiDriver::TextWidth (Cell);
-          int Tx = Right ? std::max (TextX, ColX + ColW - Pad - Tw) : TextX;
-          TextIn (C, Tx, Ty, ColX + ColW - Tx - Pad / 2, Cell, Colour);
-        }
-        ColX += ColW;
+        if (Col == 0 && Row == EditRow) continue;   // the edit lies over it
+        std::string Cell = Cd.CellText (L, static_cast<uint8_t> (Col), static_cast<uint16_t> (Row));
+        int Tx = Left + S.TextX;
+        bool Right = Col < Cols.size () && Cols[Col].RightAligned;
+        if (Right) Tx += std::max (0, S.TextWidth - GuiDriver::TextWidth (Cell));
+        TextIn (Body, Tx, Ty, Left + S.TextX + S.TextWidth - Tx, Cell, Colour);
       }
-      if (!Fixed && Row == L->CurrentRow && !IsSel) {
+      if (!G.FixedPitch && Row == L->CurrentRow && !IsSel) {
         // Focus mark of the current row: a dotted outline.
-        for (int Dx = 0; Dx < InnerW; Dx += 2) {
-          Gui.SetPixel (C, X + 1 + Dx, Ry, colours::Shadow);
-          Gui.SetPixel (C, X + 1 + Dx, Ry + RowH - 1, colours::Shadow);
+        for (int Dx = 0; Dx < G.ViewWidth; Dx += 2) {
+          Gui.SetPixel (Body, ViewX + Dx, Ry, colours::Shadow);
+          Gui.SetPixel (Body, ViewX + Dx, Ry + RowH - 1, colours::Shadow);
         }
       }
     }
-    if (L->ScrollBar) {
-      ScrollBar (Area, X + W - 1 - kScrollBarWidth, Y + 1, kScrollBarWidth, H - 2, L->RowCount, L->VisibleRows, L->TopRow);
-    }
+
+    // The scroll bars, and the corner between them.
+    const int Bar = kListScrollBarWidth;
+    if (G.VerticalBar)
+      ScrollBar (Area, ViewX + G.ViewWidth, HeadY, Bar, HeadH + G.RowsHeight, L->RowCount, L->VisibleRows, L->TopRow);
+    if (G.HorizontalBar)
+      ScrollBar (Area, ViewX, RowsY + G.RowsHeight, G.ViewWidth, Bar, G.ContentWidth, G.ViewWidth, G.ScrollX, true);
+    if (G.VerticalBar && G.HorizontalBar)
+      Gui.FillRect (Area, ViewX + G.ViewWidth, RowsY + G.RowsHeight, Bar, Bar, colours::Face);
+  }
+
+  // The gutter under the first column and a rule in every wider gap.
+  void PaintGroups (const PaintContext &C, const std::vector<ListColumnSpan> &Spans, int Left, int Y, int H) {
+    Gui.FillRect (C, Left + Spans[0].X, Y, Spans[0].Width, H, kGutter);
+    for (size_t I = 0; I + 1 < Spans.size (); I++)
+      if (Spans[I].GroupEnd) {
+        int GapStart = Spans[I].TextX + Spans[I].TextWidth, GapEnd = Spans[I + 1].TextX;
+        Gui.FillRect (C, Left + (GapStart + GapEnd) / 2, Y, 1, H, kGroupRule);
+      }
   }
 
   void PaintTextView (CONTROL *Ctl, const PaintContext &Area, int X, int Y, int W, int H) {
@@ -552,9 +675,10 @@ class Painter {
       Ix += kIconSize + 4;
       std::string Name = Str (It.Name, sizeof It.Name);
       bool Sel = I == Tree->SelectedItem;
-      int Tw = GuiDriver::TextWidth (Name);
+      int Room = X + W - 4 - Ix;
+      int Tw = std::min (GuiDriver::TextWidth (Name), Room);
       if (Sel) Gui.FillRect (C, Ix - 2, Ry, Tw + 4, RowH, colours::Selection);
-      Text (C, Ix, Ry + 1, Name, Sel ? colours::SelectionText : colours::Text);
+      TextIn (C, Ix, Ry + 1, Room, Name, Sel ? colours::SelectionText : colours::Text);
     }
   }
 
@@ -567,21 +691,21 @@ class Painter {
     for (size_t I = Log->TopLine; I < Lines.size () && Ry < Y + H; I++, Ry += RowH) {
       bool Sel = I == Log->SelectedLine;
       if (Sel) Gui.FillRect (C, X + 2, Ry, W - 4, RowH, colours::Selection);
-      Text (C, X + 4, Ry + 1, Lines[I], Sel ? colours::SelectionText : colours::Text);
+      TextIn (C, X + 4, Ry + 1, W - 8, Lines[I], Sel ? colours::SelectionText : colours::Text);
     }
   }
 
   // ------------------------------------------------- tooltips, message boxes
 
   void PaintTooltip (const TooltipInfo &Tip) {
-    int W = GuiDriver::TextWidth (Tip.Text) + 8, H = Lh + 4;
+    int W = std::min (GuiDriver::TextWidth (Tip.Text) + 8, Gui.Width ()), H = Lh + 4;
     // Kept on the screen: moved left or above the pointer at the edges.
     int X = std::max (0, std::min (Tip.X, Gui.Width () - W));
     int Y = Tip.Y + H > Gui.Height () ? Tip.Y - H - 24 : Tip.Y;
     PaintContext C = Clip (X, Y, W, H);
     Gui.FillRect (C, X, Y, W, H, kTooltipColour);
     Gui.FrameRect (C, X, Y, W, H, colours::Text);
-    Text (C, X + 4, Y + 2, Tip.Text, colours::Text);
+    TextIn (C, X + 4, Y + 2, W - 8, Tip.Text, colours::Text);
   }
 
   void PaintMessageBox (const MessageBoxRecord &Box) {
@@ -626,12 +750,12 @@ class Painter {
       bool Hi = int (I) == Highlight && It.Enabled;
       if (Hi) Gui.FillRect (C, Ix, Iy, R.Width, R.Height, colours::Selection);
       if (It.Icon < ICON_NONE) Icon (C, Ix + 4, Iy + (R.Height - kIconSize) / 2, It.Icon, kIconSize, !It.Enabled);
-      int Tx = Ix + 28, Ty = Iy + (R.Height - Lh) / 2;
+      int Tx = Ix + 28, Ty = Iy + (R.Height - Lh) / 2, Room = R.Width - 28 - 4;
       if (!It.Enabled) {
-        Text (C, Tx + 1, Ty + 1, It.Text, colours::Light);
-        Text (C, Tx, Ty, It.Text, colours::GreyText);
+        TextIn (C, Tx + 1, Ty + 1, Room, It.Text, colours::Light);
+        TextIn (C, Tx, Ty, Room, It.Text, colours::GreyText);
       } else {
-        Text (C, Tx, Ty, It.Text, Hi ? colours::SelectionText : colours::Text);
+        TextIn (C, Tx, Ty, Room, It.Text, Hi ? colours::SelectionText : colours::Text);
       }
     }
   }

@@ -10,6 +10,12 @@
 // callback the renderer draws the window's controls in chain order, its
 // status line and its child windows (each again by its own paint callback,
 // then its controls).
+//
+// A text that does not fit its place shows as many whole characters as leave
+// room for "…" after them; a button's label wider than the button is drawn
+// condensed (each letter's ink, a pixel apart) when that fits. A label (an
+// unframed text field) made 0 wide is as wide as its text. List views are
+// drawn by the control driver's geometry (ControlDriver::Geometry).
 #pragma once
 
 #include <cstdint>

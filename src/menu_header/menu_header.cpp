@@ -202,7 +202,10 @@ VOID EFIAPI PaintHeader (WINDOW_HEADER *Header, MESSAGE *, VOID *) {
   gWindowBase->GetWindowOrigin (&X0, &Y0, Header);
   UINT16 W = Header->Width;
   UINT16 H = Header->Height;
+  // The rows were laid out for the owner's font: the separators follow them.
+  UINTN Font = PushOwnerFont (OwnerOf (Header));
   UINT16 LineHeight = gGuiDriver->GetLineHeight ();
+  gGuiDriver->PopFont (Font);
 
   gGuiDriver->DrawRect (Context, X0, Y0, (UINT16) (X0 + W - 1), (UINT16) (Y0 + H - 1), 0x808080);
   gGuiDriver->DrawLine (Context, (UINT16) (X0 + 1), (UINT16) (Y0 + 1), (UINT16) (X0 + W - 2), (UINT16) (Y0 + 1),

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "env/controls/control_driver.h"
 #include "windows/window_test_support.h"
 
 namespace {
@@ -118,6 +119,163 @@ TEST_F (ListTest, VisibleRowsFollowTheHeightAndAScrollBarAppearsWhenRowsExceedTh
   Cd ()->ClearList (List);
   EXPECT_EQ (List->RowCount, 0);
   EXPECT_EQ (Cd ()->GetItem (List, 0), nullptr);
+}
+
+// The fixture's list is 295 wide: 293 inside its frame. Its columns ask for
+// 80, 64 and 64 pixels of text; 4 pixels of padding go on each side of a cell
+// and the icons' 20 pixels into column 0.
+TEST_F (ListTest, ColumnsGetPaddingAndShareTheFreeWidth) {
+  AddRows ({"readme.txt"});
+  env::ListGeometry G = Controls ().Geometry (List);
+  ASSERT_EQ (G.Columns.size (), 3u);
+  EXPECT_EQ (G.ViewWidth, 293);
+  // 108 + 72 + 72 leave 41: the last column's texts fit already, so column 0 takes them.
+  EXPECT_EQ (G.Columns[0].Width, 108 + 41);
+  EXPECT_EQ (G.Columns[0].TextX, 4 + 20);
+  EXPECT_EQ (G.Columns[0].TextWidth, 80 + 41);
+  EXPECT_EQ (G.Columns[1].X, 149);
+  EXPECT_EQ (G.Columns[1].TextX, 149 + 4);
+  EXPECT_EQ (G.Columns[1].TextWidth, 64);
+  EXPECT_EQ (G.ContentWidth, 293);
+  EXPECT_FALSE (G.HorizontalBar);
+
+  // A last column with a longer text first grows up to it.
+  LIST_CONTROL *Dated = Cd ()->CreateListView (Window, 2, 60, 295, 200, 1);
+  Cd ()->AddColumn (Dated, T ("name"), 192, 80, TRUE, FALSE);
+  Cd ()->AddColumn (Dated, T ("date"), 32, 40, FALSE, FALSE);
+  Entry Name ("notes.txt");
+  Cd ()->AddListItem (Dated, 7, FALSE, 0, 0, &Name);
+  Cd ()->SetItemText (Dated, 1, 0, T ("2023.11.14 22:13:20"));   // 152 pixels
+  G = Controls ().Geometry (Dated);
+  EXPECT_EQ (G.Columns[1].Width, 152 + 8);
+  EXPECT_EQ (G.Columns[0].Width, 293 - 160);
+
+  // The user's widths hold: column 0 no longer takes what is left.
+  Controls ().SetColumnWidth (Dated, 0, 60);
+  G = Controls ().Geometry (Dated);
+  EXPECT_EQ (G.Columns[0].Width, 60);
+  EXPECT_EQ (G.Columns[1].Width, 160);
+  EXPECT_EQ (G.ContentWidth, 220);
+  // No narrower than one character and the cell's padding and icon.
+  Controls ().SetColumnWidth (Dated, 0, 3);
+  EXPECT_EQ (Controls ().Geometry (Dated).Columns[0].Width, 8 + 28);
+  // Fitting makes a column as wide as its widest text, its title included.
+  Controls ().FitColumn (Dated, 0);
+  EXPECT_EQ (Controls ().Geometry (Dated).Columns[0].TextWidth, 9 * 8);
+  Cd ()->SetItemText (Dated, 1, 0, T ("x"));
+  Controls ().FitColumn (Dated, 1);
+  EXPECT_EQ (Controls ().Geometry (Dated).Columns[1].Width, 4 * 8 + 8);
+  Controls ().SetColumnWidth (Dated, 9, 100);   // no such column: nothing happens
+  Controls ().FitColumn (Dated, 9);
+}
+
+TEST_F (ListTest, ColumnsWiderThanTheListScrollSideways) {
+  for (int I = 0; I < 3; I++) AddRows ({"row"});
+  UINT16 Line = Wb ()->GuiDriver->GetLineHeight ();
+  UINT16 Rows = List->VisibleRows;
+  Wb ()->SetFocus (Window, List, 1);
+  // Without anything to scroll, Left and Right are the window's.
+  gMessages.clear ();
+  Windows ().SendKey (Window, 0, SCAN_CODE_RIGHT, 0);
+  EXPECT_EQ (Received (Window, MSG_KEY).size (), 1u);
+
+  Controls ().SetColumnWidth (List, 0, 400);
+  env::ListGeometry G = Controls ().Geometry (List);
+  EXPECT_TRUE (G.HorizontalBar);
+  EXPECT_EQ (G.ContentWidth, 400 + 72 + 72);
+  // The bar along the bottom takes rows.
+  EXPECT_EQ (List->VisibleRows, (200 - Line - 8 - env::kListScrollBarWidth) / (Line + 2));
+  EXPECT_LT (List->VisibleRows, Rows);
+
+  gMessages.clear ();
+  Windows ().SendKey (Window, 0, SCAN_CODE_RIGHT, 0);
+  EXPECT_TRUE (Received (Window, MSG_KEY).empty ());
+  EXPECT_EQ (Controls ().Geometry (List).ScrollX, 24);
+  Controls ().ScrollSideways (List, 10000);
+  EXPECT_EQ (Controls ().Geometry (List).ScrollX, G.ContentWidth - G.ViewWidth);
+  Windows ().SendKey (Window, 0, SCAN_CODE_LEFT, 0);
+  EXPECT_EQ (Controls ().Geometry (List).ScrollX, G.ContentWidth - G.ViewWidth - 24);
+  Controls ().ScrollSideways (List, -10000);
+  EXPECT_EQ (Controls ().Geometry (List).ScrollX, 0);
+
+  // Rows enough for a vertical bar too: each bar leaves the other its room.
+  for (int I = 0; I < 20; I++) AddRows ({"more"});
+  G = Controls ().Geometry (List);
+  EXPECT_TRUE (G.VerticalBar);
+  EXPECT_EQ (G.ViewWidth, 293 - env::kListScrollBarWidth);
+  ASSERT_NE (List->ScrollBar, nullptr);
+  EXPECT_EQ (List->ScrollBar->Height, G.HeaderHeight + G.RowsHeight);
+}
+
+// The hex viewer's table: option 1 in the list record.
+TEST_F (ListTest, AFixedPitchTableShowsItsDataWholeInGroupsOfEight) {
+  LIST_CONTROL *Hex = Cd ()->CreateListView (Window, 2, 60, 384, 200, 0);
+  Hex->Option = 1;
+  Cd ()->AddColumn (Hex, T ("Pos"), 22, 32, FALSE, FALSE);
+  for (int I = 0; I < 16; I++) Cd ()->AddColumn (Hex, T ("00"), 4, 16, TRUE, TRUE);
+  Cd ()->AddColumn (Hex, T ("ASCII"), 19, 96, FALSE, FALSE);
+  Entry Line ("0000");
+  Cd ()->AddListItem (Hex, ICON_NONE, FALSE, 0, 0, &Line);
+  Cd ()->SetItemText (Hex, 17, 0, T ("0123456789abcdef "));   // 17 characters, wider than asked
+  env::ListGeometry G = Controls ().Geometry (Hex);
+  ASSERT_EQ (G.Columns.size (), 18u);
+  EXPECT_TRUE (G.FixedPitch);
+  EXPECT_FALSE (G.Icons);
+  EXPECT_EQ (G.Columns[0].TextX, 2);
+  EXPECT_EQ (G.Columns[1].Width, 16 + 4);
+  // A wider gap after the offsets, after the eighth byte and after the sixteenth.
+  for (size_t I = 0; I < 18; I++) EXPECT_EQ (G.Columns[I].GroupEnd, I == 0 || I == 8 || I == 16) << I;
+  EXPECT_EQ (G.Columns[8].Width, 16 + 4 + 4);
+  EXPECT_EQ (G.Columns[17].TextWidth, 17 * 8);
+  EXPECT_EQ (G.ContentWidth, 40 + 16 * 20 + 2 * 4 + 17 * 8 + 4);
+  EXPECT_TRUE (G.HorizontalBar);
+  // Paging to shorter texts keeps the widths (nothing jumps) until the rows
+  // are cleared; free width does not stretch a narrow table.
+  Cd ()->SetItemText (Hex, 17, 0, T ("short"));
+  EXPECT_EQ (Controls ().Geometry (Hex).Columns[17].TextWidth, 17 * 8);
+  Cd ()->ClearList (Hex);
+  EXPECT_EQ (Controls ().Geometry (Hex).Columns[17].TextWidth, 96);
+  Hex->Control.Width = 1000;
+  EXPECT_EQ (Controls ().Geometry (Hex).ContentWidth, 40 + 16 * 20 + 2 * 4 + 96 + 4);
+}
+
+TEST_F (ListTest, OnlyACellThatDoesNotShowWholeGivesATooltip) {
+  AddRows ({"a.txt", "a-name-much-longer-than-its-column.txt"});
+  env::TooltipInfo Tip;
+  EXPECT_FALSE (Controls ().ShowCellTip (List, 0, 0, 50, 60));
+  EXPECT_FALSE (Controls ().ShownCellTip (Tip));
+  ASSERT_TRUE (Controls ().ShowCellTip (List, 0, 1, 50, 60));
+  ASSERT_TRUE (Controls ().ShownCellTip (Tip));
+  EXPECT_EQ (Tip.Text, "a-name-much-longer-than-its-column.txt");
+  EXPECT_EQ (Tip.X, 50);
+  EXPECT_EQ (Tip.Y, 60);
+  // It stays where it appeared while the pointer is on the same cell.
+  EXPECT_TRUE (Controls ().ShowCellTip (List, 0, 1, 55, 61));
+  ASSERT_TRUE (Controls ().ShownCellTip (Tip));
+  EXPECT_EQ (Tip.X, 50);
+  // Empty cells, cells out of range and a row that went give none.
+  EXPECT_FALSE (Controls ().ShowCellTip (List, 1, 1, 0, 0));
+  EXPECT_FALSE (Controls ().ShowCellTip (List, 7, 1, 0, 0));
+  EXPECT_FALSE (Controls ().ShowCellTip (List, 0, 9, 0, 0));
+  // Nor do rows that went, whatever comes in their place.
+  Cd ()->ClearList (List);
+  AddRows ({"b.txt", "another-name-longer-than-its-column.txt"});
+  EXPECT_FALSE (Controls ().ShownCellTip (Tip));
+
+  // A whole text that the view does not show (scrolled away) gives one too.
+  Cd ()->ClearList (List);
+  AddRows ({"a.txt"});
+  Controls ().SetColumnWidth (List, 0, 600);
+  Controls ().ScrollSideways (List, 30);
+  EXPECT_TRUE (Controls ().ShowCellTip (List, 0, 0, 0, 0));
+  Controls ().HideCellTip ();
+  EXPECT_FALSE (Controls ().ShownCellTip (Tip));
+  // It goes with its list.
+  AddRows ({"a-name-much-longer-than-its-column.txt"});
+  Controls ().SetColumnWidth (List, 0, 60);
+  ASSERT_TRUE (Controls ().ShowCellTip (List, 0, 1, 0, 0));
+  Wb ()->DestroyWindow (Window);
+  EXPECT_FALSE (Controls ().ShownCellTip (Tip));
 }
 
 TEST_F (ListTest, UserActionsSendTheirNotificationsWithTheFieldsFilled) {

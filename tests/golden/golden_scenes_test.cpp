@@ -55,14 +55,31 @@ class GoldenScene : public DriverTest {
     utimensat (AT_FDCWD, Path.c_str (), Times, 0);
   }
 
-  int ListingVolume () {
+  // With LongName, one more file whose name is wider than its column at the default size.
+  int ListingVolume (bool LongName = false) {
     int V = MakeVolume ("files", 0, 0, 1, "DATA");
     MakeDir (V, "tools");
     WriteFile (V, "notes.txt", std::string (1234, 'n'));
     WriteFile (V, "readme.txt", "read me\r\n");
     WriteFile (V, "setup.efi", std::string (40960, 'e'));
+    if (LongName) WriteFile (V, kLongName, "2023");
     FixTimes (V);
     return V;
+  }
+  static constexpr const char *kLongName = "quarterly-report-final.txt";
+
+  // Screen position of a list's cell (Row < 0: the title row), Dx pixels into its text.
+  void CellPoint (LIST_CONTROL *List, size_t Column, int Row, int Dx, int &X, int &Y) {
+    int32_t Lx = 0, Ly = 0;
+    Base ().ScreenOrigin (List, Lx, Ly);
+    env::ListGeometry G = Env ().controls ().Geometry (List);
+    X = Lx + G.ViewX + G.Columns[Column].TextX + Dx - G.ScrollX;
+    Y = Ly + (Row < 0 ? G.HeaderY + G.HeaderHeight / 2 : G.RowsY + (Row - List->TopRow) * G.RowHeight + 4);
+  }
+  int RowNamed (LIST_CONTROL *List, const std::string &Name) {
+    for (int Row = 0; Row < List->RowCount; Row++)
+      if (Env ().controls ().CellText (List, 0, static_cast<uint16_t> (Row)) == Name) return Row;
+    return -1;
   }
   MAIN_WINDOW *OpenMain (int Volume) {
     auto *W = reinterpret_cast<MAIN_WINDOW *> (
@@ -109,6 +126,40 @@ TEST_F (GoldenScene, ToolbarTooltipUnderThePointer) {
     for (int Y = W->Header.Y + 40; Y < W->Header.Y + 110 && !Base ().ShownTooltip (Tip); Y += 4) Mouse.MouseMove (X, Y);
   ASSERT_TRUE (Base ().ShownTooltip (Tip));
   ExpectGolden ("toolbar_tooltip", Screen ());
+}
+
+TEST_F (GoldenScene, CutNameWithItsTooltip) {
+  MAIN_WINDOW *W = OpenMain (ListingVolume (true));
+  ASSERT_NE (W, nullptr);
+  int Row = RowNamed (W->List, kLongName);
+  ASSERT_GE (Row, 0);
+  env::RenderDesktop (Env ());
+  env::DesktopInput Mouse (Env ());
+  int X, Y;
+  CellPoint (W->List, 0, Row, 20, X, Y);
+  Mouse.MouseMove (X, Y);
+  env::TooltipInfo Tip;
+  ASSERT_TRUE (Env ().controls ().ShownCellTip (Tip));
+  EXPECT_EQ (Tip.Text, kLongName);
+  ExpectGolden ("cut_name_tooltip", Screen ());
+}
+
+TEST_F (GoldenScene, NameColumnWidenedByDraggingItsBorder) {
+  MAIN_WINDOW *W = OpenMain (ListingVolume (true));
+  ASSERT_NE (W, nullptr);
+  env::RenderDesktop (Env ());
+  env::DesktopInput Mouse (Env ());
+  // From the border between the name and size titles, 90 pixels to the right.
+  env::ListColumnSpan Name = Env ().controls ().Geometry (W->List).Columns[0];
+  int X, Y;
+  CellPoint (W->List, 0, -1, Name.X + Name.Width - Name.TextX, X, Y);
+  Mouse.MouseDown (X, Y, env::MouseButton::Left, 1);
+  Mouse.MouseMove (X + 90, Y);
+  Mouse.MouseUp (X + 90, Y);
+  env::ListGeometry After = Env ().controls ().Geometry (W->List);
+  EXPECT_EQ (After.Columns[0].Width, Name.Width + 90);
+  EXPECT_TRUE (After.HorizontalBar);
+  ExpectGolden ("resized_column", Screen ());
 }
 
 TEST_F (GoldenScene, OpenPopupWithAGreyedItem) {
@@ -159,8 +210,15 @@ TEST_F (GoldenScene, HexViewer) {
   Bytes += "Surveyor hex view: printable ASCII is shown as itself, 0x7F too.\x7F ";
   Bytes += "GBK:\xD6\xD0\xCE\xC4 \xB4\xC5\xC5\xCC.";
   WriteFile (V, "data.bin", Bytes);
-  ASSERT_NE (OpenHexViewer (10, 10, reinterpret_cast<const CHAR8 *> ("\\data.bin"), static_cast<UINT8> (V)), nullptr);
+  WINDOW_HEADER *Viewer = OpenHexViewer (10, 10, reinterpret_cast<const CHAR8 *> ("\\data.bin"), static_cast<UINT8> (V));
+  ASSERT_NE (Viewer, nullptr);
   ExpectGolden ("hex_viewer", Screen ());
+  // The text column lies beyond the window's width: scrolled to, at the right end.
+  std::vector<CONTROL *> Controls = Base ().Controls (Viewer);
+  auto List = std::find_if (Controls.begin (), Controls.end (), [] (CONTROL *C) { return C->Kind == CONTROL_KIND_LIST; });
+  ASSERT_NE (List, Controls.end ());
+  Env ().controls ().ScrollSideways (reinterpret_cast<LIST_CONTROL *> (*List), 1000);
+  ExpectGolden ("hex_viewer_text", Screen ());
 }
 
 TEST_F (GoldenScene, ComparisonWindowWithItsGbkTexts) {

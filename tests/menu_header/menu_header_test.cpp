@@ -26,6 +26,20 @@ VOID EFIAPI CommandC (VOID *, WINDOW_HEADER *) {}
 
 const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
 
+// A GUI whose line height is the pushed font's size (16 with none pushed),
+// and the horizontal lines painted with it.
+UINT8 gPushedSize = 0;
+std::vector<UINT16> gRules;
+UINTN EFIAPI SizedPushFont (UINT8, UINT8 Size, UINT32) {
+  gPushedSize = Size;
+  return 1;
+}
+VOID EFIAPI SizedPopFont (UINTN) { gPushedSize = 0; }
+UINT16 EFIAPI SizedLineHeight (VOID) { return gPushedSize != 0 ? gPushedSize : 16; }
+VOID EFIAPI RecordRule (PAINT_CONTEXT, UINT16, UINT16 Y1, UINT16, UINT16 Y2, UINT32 Colour) {
+  if (Y1 == Y2 && Colour == 0x808080) gRules.push_back (Y1);
+}
+
 class MenuHeaderTest : public DriverTest {
  protected:
   void SetUp () override {
@@ -103,6 +117,28 @@ TEST_F (MenuHeaderTest, RowsGiveHeightAndPathRowPlacement) {
   EXPECT_EQ (Full->Width, 695);
   EXPECT_EQ (Field->X, T + 10);
   EXPECT_EQ (Field->X + Field->Width, 695 - 2);
+}
+
+TEST_F (MenuHeaderTest, RowsAndSeparatorsFollowTheOwnersFont) {
+  Gui ()->PushFont = SizedPushFont;
+  Gui ()->PopFont = SizedPopFont;
+  Gui ()->GetLineHeight = SizedLineHeight;
+  Gui ()->DrawLine = RecordRule;
+  gRules.clear ();
+  Owner->FontSize = 24;
+  WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, TRUE, TRUE);
+  ASSERT_NE (H, nullptr);
+  EXPECT_EQ (H->Height, (24 + 10) * 3 + 20);
+  EXPECT_EQ (Header (H)->PathField->Y, 2 * 24 + 36);
+
+  MESSAGE Paint {};
+  Paint.Type = MSG_PAINT;
+  H->Paint (H, &Paint, nullptr);
+  UINT16 X0 = 0, Y0 = 0;
+  Wb ()->GetWindowOrigin (&X0, &Y0, H);
+  // Painting runs without a pushed font, as the window base calls it.
+  EXPECT_EQ (gPushedSize, 0);
+  EXPECT_EQ (gRules, (std::vector<UINT16> {UINT16 (Y0 + 24 + 16), UINT16 (Y0 + 2 * 24 + 32)}));
 }
 
 TEST_F (MenuHeaderTest, ItemsPackPerRowAndTextItemsNeedText) {

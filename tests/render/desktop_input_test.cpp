@@ -148,6 +148,73 @@ TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
   EXPECT_EQ (B[14] | (B[15] << 8), Top + 2 * RowH + 3);
 }
 
+TEST_F (DesktopInputTest, ColumnTitlesSizeColumnsAndCutCellsShowTheirText) {
+  env::DesktopInput In (Env ());
+  env::ControlDriver &Ctl = Env ().controls ();
+  WINDOW_HEADER *W = MakeWindow (0, 0, 600, 500);
+  LIST_CONTROL *List = Cd ()->CreateListView (W, 10, 40, 300, 200, 0);
+  Cd ()->AddColumn (List, A ("Name"), 64, 80, TRUE, FALSE);
+  Cd ()->AddColumn (List, A ("Size"), 32, 64, FALSE, TRUE);
+  struct {
+    CHAR8 Name[48];
+  } Entry {};
+  for (const char *Name : {"short", "a-name-longer-than-its-column"}) {
+    std::snprintf (reinterpret_cast<char *> (Entry.Name), sizeof Entry.Name, "%s", Name);
+    Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 0, &Entry);
+  }
+  Ctl.SetColumnWidth (List, 0, 120);
+  env::ListGeometry G = Ctl.Geometry (List);
+  int X, Y;
+
+  // The pointer on a cut name shows it whole below the pointer; on a whole one, nothing.
+  env::TooltipInfo Tip;
+  At (List, G.ViewX + G.Columns[0].TextX + 10, G.RowsY + G.RowHeight + 3, X, Y);
+  EXPECT_TRUE (In.MouseMove (X, Y));
+  ASSERT_TRUE (Ctl.ShownCellTip (Tip));
+  EXPECT_EQ (Tip.Text, "a-name-longer-than-its-column");
+  EXPECT_GT (Tip.Y, Y);
+  env::RenderDesktop (Env ());
+  EXPECT_EQ (Env ().gui ().PixelAt (Tip.X + 1, Tip.Y + 1), 0xFFFFE1u);
+  EXPECT_TRUE (In.MouseMove (X, Y - G.RowHeight));
+  EXPECT_FALSE (Ctl.ShownCellTip (Tip));
+
+  // Dragging the border between the titles sizes the name column.
+  int Border = G.ViewX + G.Columns[0].Width;
+  At (List, Border + 1, G.HeaderY + 4, X, Y);
+  EXPECT_EQ (In.ListBorderAt (List, X, Y), 0);
+  EXPECT_TRUE (In.MouseDown (X, Y, env::MouseButton::Left, 1));
+  EXPECT_TRUE (In.MouseMove (X + 40, Y + 30));
+  In.MouseUp (X + 40, Y + 30);
+  EXPECT_EQ (Ctl.Geometry (List).Columns[0].Width, 120 + 40);
+  In.MouseMove (X + 80, Y);   // after the button is up, moving sizes nothing
+  EXPECT_EQ (Ctl.Geometry (List).Columns[0].Width, 160);
+  // A double click on it fits the column to its widest text: the cut name shows whole.
+  At (List, G.ViewX + 160, G.HeaderY + 4, X, Y);
+  EXPECT_TRUE (In.MouseDown (X, Y, env::MouseButton::Left, 2));
+  G = Ctl.Geometry (List);
+  EXPECT_EQ (G.Columns[0].TextWidth, 29 * 8);
+  EXPECT_FALSE (Ctl.ShowCellTip (List, 0, 1, 0, 0));
+
+  // Now wider than the list: the bar along the bottom scrolls, and is no row.
+  ASSERT_TRUE (G.HorizontalBar);
+  int BarY = G.RowsY + G.RowsHeight + 8;
+  At (List, G.ViewX + G.ViewWidth - 4, BarY, X, Y);
+  EXPECT_EQ (In.ListRowAt (List, X, Y), 0xFFFF);
+  In.MouseDown (X, Y, env::MouseButton::Left, 1);
+  EXPECT_EQ (Ctl.Geometry (List).ScrollX, 24);
+  At (List, G.ViewX + G.ViewWidth / 2 + 20, BarY, X, Y);
+  In.MouseDown (X, Y, env::MouseButton::Left, 1);
+  EXPECT_EQ (Ctl.Geometry (List).ScrollX, G.ContentWidth - G.ViewWidth);
+  At (List, G.ViewX + 2, BarY, X, Y);
+  In.MouseDown (X, Y, env::MouseButton::Left, 1);
+  EXPECT_EQ (Ctl.Geometry (List).ScrollX, G.ContentWidth - G.ViewWidth - 24);
+  // Borders and cells move with the scrolled columns.
+  G = Ctl.Geometry (List);
+  At (List, G.ViewX + G.Columns[1].X - G.ScrollX + 1, G.HeaderY + 4, X, Y);
+  EXPECT_EQ (In.ListBorderAt (List, X, Y), 0);
+  EXPECT_EQ (In.ListColumnAt (List, X + 4), 1);
+}
+
 TEST_F (DesktopInputTest, PopupsAndButtons) {
   env::DesktopInput In (Env ());
   WINDOW_HEADER *W = MakeWindow (100, 100, 400, 300);

@@ -123,9 +123,12 @@ TEST_F (RenderTest, PaintsControlsListsStatusAndPopups) {
   EXPECT_GT (Count (env::colours::SelectionText, Lx + 2, Ly + 1 + HeadH + RowH, 200, RowH), 20);
   EXPECT_EQ (Count (env::colours::Selection, Lx + 2, Ly + 1 + HeadH, 396, RowH), 0);
   EXPECT_GT (Count (env::colours::Text, Lx + 2, Ly + 1 + HeadH, 200, RowH), 20);
-  // Right-aligned size column: text ends near the column's right edge.
-  EXPECT_GT (Count (env::colours::Text, Lx + 1 + 200 + 70, Ly + 1 + HeadH, 30, RowH), 5);
-  EXPECT_EQ (Count (env::colours::Text, Lx + 1 + 200 + 2, Ly + 1 + HeadH, 40, RowH), 0);
+  // Right-aligned size column: text ends at the column's right padding.
+  env::ListGeometry Layout = Env ().controls ().Geometry (List);
+  int SizeX = Lx + Layout.ViewX + Layout.Columns[1].TextX, SizeEnd = SizeX + Layout.Columns[1].TextWidth;
+  EXPECT_GT (Count (env::colours::Text, SizeEnd - 16, Ly + 1 + HeadH, 16, RowH), 5);
+  EXPECT_EQ (Count (env::colours::Text, SizeX, Ly + 1 + HeadH, SizeEnd - 17 - SizeX, RowH), 0);
+  EXPECT_EQ (Count (env::colours::Text, SizeEnd, Ly + 1 + HeadH, 4, RowH), 0);
 
   // An in-place edit of a new row is drawn over its row: white with the text.
   Cd ()->BeginNewItem (List, ICON_NONE, TRUE, A ("new dir"));
@@ -207,6 +210,45 @@ TEST_F (RenderTest, TextViewsWrapAndCombosShowTheirChoice) {
   int TitleInk = Count (env::colours::CaptionText, 6, 2, 32, 20);
   EXPECT_GT (TitleInk, 40);
   EXPECT_EQ (Count (env::colours::CaptionText, 6 + 32, 4, 60, 16), 0);
+}
+
+TEST_F (RenderTest, CutTextsEndWithAnEllipsisAndLabelsShowWhole) {
+  TheBase = Wb ();
+  WINDOW_HEADER *Win = MakeWindow ("Texts", 0, 0, 400, 300, DefaultThenNothing);
+  // 92 pixels of room: ten whole characters, then "…" in one more cell.
+  CONTROL *Field = Wb ()->CreateTextField (Win, 10, 30, 100, 26, 0, TRUE, A ("WWWWWWWWWWWWWWW"));
+  // Labels wider than their buttons, and a label made 0 wide.
+  CONTROL *Narrow = Wb ()->CreateButton (Win, 35, A (">>!0"), 10, 70, 24, 26, 0);
+  CONTROL *Wide = Wb ()->CreateButton (Win, 36, A (">>!0"), 60, 70, 80, 26, 0);
+  CONTROL *Pause = Wb ()->CreateButton (Win, 37, A ("Pause"), 160, 70, 40, 26, 0);
+  CONTROL *Label = Wb ()->CreateTextField (Win, 10, 110, 0, 26, 0, FALSE, A ("Result:"));
+  env::RenderDesktop (Env ());
+
+  int32_t Fx, Fy;
+  Env ().windows ().ScreenOrigin (Field, Fx, Fy);
+  int Tx = Fx + 4, Ty = Fy + (26 - 16) / 2;
+  auto Ink = [&] (int X, int Y, int W, int H) { return Count (env::colours::Text, X, Y, W, H); };
+  // The tenth character is as whole as the first; the dots sit on the baseline after it.
+  EXPECT_GT (Ink (Tx, Ty, 8, 16), 10);
+  EXPECT_EQ (Ink (Tx + 72, Ty, 8, 16), Ink (Tx, Ty, 8, 16));
+  EXPECT_EQ (Ink (Tx + 80, Ty, 8, 16), 6);
+  for (int Dot : {1, 4, 7}) EXPECT_EQ (G ().PixelAt (Tx + 80 + Dot, Ty + 12), env::colours::Text) << Dot;
+  EXPECT_EQ (Ink (Tx + 88, Fy, 100 - 4 - 88, 26), 0);
+
+  // Every pixel of the label's glyphs is drawn inside the narrow button.
+  int32_t Nx, Ny, Wx, Wy, Px, Py;
+  Env ().windows ().ScreenOrigin (Narrow, Nx, Ny);
+  Env ().windows ().ScreenOrigin (Wide, Wx, Wy);
+  Env ().windows ().ScreenOrigin (Pause, Px, Py);
+  EXPECT_GT (Ink (Wx, Wy, 80, 26), 20);
+  EXPECT_EQ (Ink (Nx + 1, Ny, 21, 26), Ink (Wx, Wy, 80, 26));
+  // A five-letter label in five characters' width keeps clear of the button's edges.
+  EXPECT_GT (Ink (Px, Py, 40, 26), 40);
+  EXPECT_EQ (Ink (Px + 2, Py, 36, 26), Ink (Px, Py, 40, 26));
+
+  int32_t Lx, Ly;
+  Env ().windows ().ScreenOrigin (Label, Lx, Ly);
+  EXPECT_GT (Ink (Lx, Ly, 7 * 8, 26), 30);
 }
 
 TEST_F (RenderTest, HostileSizesAreDrawnOrClippedCleanly) {
