@@ -13,6 +13,7 @@
 #include "filemanager/listing.h"
 
 #include "core/bindings.h"
+#include "core/resource_format.h"
 #include "core/strings.h"
 #include "filemanager/file_types.h"
 #include "filemanager/main_window_internal.h"
@@ -74,32 +75,11 @@ VOID AddEntryRow (MAIN_WINDOW *Window, DIRECTORY_ENTRY *Entry) {
   gControlDriver->SetItemText (Window->List, 3, Row, Cell);
 }
 
-BOOLEAN IsIntegerConversion (CHAR8 C) { return C == 'd' || C == 'u' || C == 'x' || C == 'X'; }
-
 }  // namespace
 
 VOID SetGoUpEnabled (MAIN_WINDOW *Window, BOOLEAN Enable) {
   if (Window->MenuBar != nullptr) EnableHeaderItem (Window->MenuBar, GoUpCommand, Enable, TRUE);
   if (Window->FilePopup != nullptr) gWindowBase->EnableMenuItem (Window->FilePopup, GoUpCommand, Enable);
-}
-
-VOID FormatCounts (CHAR8 *Buffer, const CHAR8 *Format, UINT32 First, UINT32 Second, UINTN ArgumentCount) {
-  ZeroMem (Buffer, CellSize);
-  UINTN Conversions = 0;
-  BOOLEAN Safe = TRUE;
-  for (UINTN I = 0; Format[I] != 0 && Safe; I++) {
-    if (Format[I] != '%') continue;
-    I++;
-    if (Format[I] == '%') continue;
-    while (Format[I] >= '0' && Format[I] <= '9') I++;
-    if (!IsIntegerConversion (Format[I])) Safe = FALSE;
-    Conversions++;
-  }
-  if (!Safe || Conversions > ArgumentCount) {
-    CopyStringN (Buffer, Format, (UINT16) CellSize);
-    return;
-  }
-  AsciiSPrint (Buffer, CellSize, Format, First, Second);
 }
 
 BOOLEAN BuildFullPath (const MAIN_WINDOW *Window, const CHAR8 *Name, CHAR8 *Buffer) {
@@ -220,12 +200,14 @@ VOID ShowSelection (MAIN_WINDOW *Window, UINT16 Value, UINT16 SelectedCount) {
   SetSelectionCommandsEnabled (Window, SelectedCount >= 1);
   CHAR8 Text[CellSize];
   if (SelectedCount == 0) {
-    FormatCounts (Text, GetString (nullptr, "files_total"_a), Value, 0, 1);
+    ZeroMem (Text, sizeof (Text));
+    FormatResourceText (Text, sizeof (Text), GetString (nullptr, "files_total"_a), (UINT32) Value);
     gWindowBase->SetStatusText (&Window->Header, 0, Text);
     return;
   }
   if (SelectedCount > 1) {
-    FormatCounts (Text, GetString (nullptr, "files_selected"_a), SelectedCount, 0, 1);
+    ZeroMem (Text, sizeof (Text));
+    FormatResourceText (Text, sizeof (Text), GetString (nullptr, "files_selected"_a), (UINT32) SelectedCount);
     gWindowBase->SetStatusText (&Window->Header, 0, Text);
     return;
   }
