@@ -112,6 +112,7 @@ BOOLEAN LoadListing (MAIN_WINDOW *Window, const CHAR8 *Path, BOOLEAN *Unreadable
   ReadListingNotes (Handle, &Notes);
   if (Window->DirHandle != 0) gFileDriver->CloseHandle (Window->DirHandle);
   Window->DirHandle = Handle;
+  BOOLEAN FolderUnreadable = Entries == nullptr && Notes.FolderUnreadable != 0;
   UINT32 Refused = 0;
   if (Entries != nullptr) {
     for (UINT16 I = 0; I < Count; I++) {
@@ -122,7 +123,7 @@ BOOLEAN LoadListing (MAIN_WINDOW *Window, const CHAR8 *Path, BOOLEAN *Unreadable
   CHAR8 Notice[LeftOutTextSize];
   DescribeLeftOut (&Notes, Refused, Notice, sizeof (Notice));
   gWindowBase->SetStatusText (&Window->Header, LeftOutField, Notice);
-  if (Entries == nullptr && Notes.FolderUnreadable != 0) {
+  if (FolderUnreadable) {
     ReportUnreadableFolder (Path);
     if (Unreadable != nullptr) *Unreadable = TRUE;
   }
