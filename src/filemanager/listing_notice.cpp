@@ -24,12 +24,11 @@ VOID DescribeLeftOut (const LISTING_NOTES *Notes, UINT32 Refused, CHAR8 *Buffer,
   ZeroMem (Buffer, Size);
   for (auto &Reason : Reasons) {
     if (Reason.Count == 0) continue;
-    AppendStringN (Buffer, Buffer[0] == 0 ? GetString (nullptr, "left_out"_a) : ","_a, Size);
+    if (Buffer[0] != 0) AppendStringN (Buffer, ", "_a, Size);
     CHAR8 Part[64];
     ZeroMem (Part, sizeof (Part));
     FormatResourceText (Part, sizeof (Part), GetString (nullptr, reinterpret_cast<const CHAR8 *> (Reason.Key)),
                         Reason.Count);
-    AppendStringN (Buffer, " "_a, Size);
     AppendStringN (Buffer, Part, Size);
   }
 }

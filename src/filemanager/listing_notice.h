@@ -11,7 +11,8 @@ VOID ReadListingNotes (UINT16 Handle, LISTING_NOTES *Notes);
 
 // Writes into Buffer (Size bytes) the status text for what the notes say was
 // left out, plus Refused entries that the window's own list had no room
-// for: "Not shown: 3 long names, 1 unreadable". Empty when nothing was left out.
+// for: "3 names too long, 1 unreadable" (kept short: it shares the status line
+// with other fields). Empty when nothing was left out.
 VOID DescribeLeftOut (const LISTING_NOTES *Notes, UINT32 Refused, CHAR8 *Buffer, UINT16 Size);
 
 // Tells the user that the folder Path could not be read (message box, style 1).
