@@ -75,9 +75,11 @@ UINT32 AddTreeEntries (FILE_DIALOG *Dialog, DIRECTORY_ENTRY *Entries, UINT16 Cou
 }
 
 // Says in status field 1 what the listing of a folder left out (nothing when
-// all is shown), and tells the user when the folder could not be read.
-VOID ShowLeftOut (FILE_DIALOG *Dialog, const CHAR8 *Path, const LISTING_NOTES *Notes, UINT32 Refused) {
-  if (Notes->FolderUnreadable != 0) {
+// all is shown). A folder that could not be read at all (nothing listed) is
+// also reported with a message box.
+VOID ShowLeftOut (FILE_DIALOG *Dialog, const CHAR8 *Path, const LISTING_NOTES *Notes, UINT16 Listed,
+                  UINT32 Refused) {
+  if (Listed == 0 && Notes->FolderUnreadable != 0) {
     ReportUnreadableFolder (Path);
   }
   CHAR8 Notice[kNoticeSize];
@@ -94,7 +96,7 @@ VOID LoadTree (FILE_DIALOG *Dialog) {
   if (Count == 0) {
     // An empty or unreadable root: the root item alone, without children.
     gControlDriver->AddFileListItem (Dialog->FileTree, FALSE, gFileIcons.Directory, 0, "\\"_a, "\\"_a);
-    ShowLeftOut (Dialog, "\\"_a, &Notes, 0);
+    ShowLeftOut (Dialog, "\\"_a, &Notes, 0, 0);
     return;
   }
   UINTN Items = gControlDriver->AddFileListItem (Dialog->FileTree, TRUE, gFileIcons.Directory, 0, "\\"_a, "\\"_a);
@@ -103,7 +105,7 @@ VOID LoadTree (FILE_DIALOG *Dialog) {
     Refused = AddTreeEntries (Dialog, Entries, Count, "\\"_a);
   }
   FreePool (Entries);
-  ShowLeftOut (Dialog, "\\"_a, &Notes, Refused);
+  ShowLeftOut (Dialog, "\\"_a, &Notes, Count, Refused);
   gWindowBase->Redraw (Dialog->FileTree);
 }
 
@@ -112,12 +114,12 @@ VOID ExpandItem (FILE_DIALOG *Dialog, const CHAR8 *ItemPath) {
   LISTING_NOTES Notes;
   UINT16 Count = ReadFilteredDirectory (Dialog->DialogVolume, ItemPath, Dialog->DirsOnly, &Entries, &Notes);
   if (Count == 0) {
-    ShowLeftOut (Dialog, ItemPath, &Notes, 0);
+    ShowLeftOut (Dialog, ItemPath, &Notes, 0, 0);
     return;
   }
   UINT32 Refused = AddTreeEntries (Dialog, Entries, Count, ItemPath);
   FreePool (Entries);
-  ShowLeftOut (Dialog, ItemPath, &Notes, Refused);
+  ShowLeftOut (Dialog, ItemPath, &Notes, Count, Refused);
   gWindowBase->Redraw (Dialog->FileTree);
 }
 

@@ -5,13 +5,13 @@
 #include <cstring>
 
 #include "core/bindings.h"
-#include "env/windows/window_base.h"
 #include "core/resource_format.h"
 #include "core/strings.h"
+#include "env/windows/window_base.h"
 #include "filemanager/listing.h"
+#include "util/string_utils.h"
 #include "viewers/viewer_records.h"
 #include "viewers/viewers.h"
-#include "util/string_utils.h"
 #include "support/driver_fixture.h"
 
 namespace {

@@ -236,7 +236,8 @@ TEST_F (FileDialogTest, LeftOutEntriesAndUnreadableFoldersAreSaid) {
   EXPECT_EQ (Status (D, 1), "");
   ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
   EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "\\a");
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, (const char *) GetString (nullptr, (const CHAR8 *) "fail_read_folder"));
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text,
+             (const char *) GetString (nullptr, (const CHAR8 *) "fail_read_folder"));
 }
 
 TEST_F (FileDialogTest, SwitchingTheVolumeReloadsTheTree) {

@@ -228,8 +228,8 @@ TEST_F (MainWindowTest, StatusSaysWhatTheListingLeftOutAndWhy) {
   MAIN_WINDOW *W = Open (V);
   EXPECT_EQ (Names (W), std::vector<std::string> ({"clean", "plain.txt"}));
   auto Part = [this] (const char *Key, int Count) { return Format (Res (nullptr, Key), Count); };
-  EXPECT_EQ (Status (W, 1),
-             Part ("left_long_names", 1) + ", " + Part ("left_backslash_names", 1) + ", " + Part ("left_unreadable", 1));
+  EXPECT_EQ (Status (W, 1), Part ("left_long_names", 1) + ", " + Part ("left_backslash_names", 1) + ", " +
+                                Part ("left_unreadable", 1));
 
   Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "clean")));
   EXPECT_EQ (Status (W, 1), "");
