@@ -18,7 +18,10 @@ cmake --build build -j"$Jobs"
 if [ "${SANITIZE:-0}" = 1 ]; then
   cmake -S . -B build-san -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSURVEYOR_SANITIZE=ON -DSURVEYOR_EFI=OFF
   cmake --build build-san -j"$Jobs"
-  (cd build-san && ctest --output-on-failure -j"$Jobs")
+  # Under a display SDL would load Mesa's software OpenGL driver for the
+  # desktop window; it leaks and is unloaded before LeakSanitizer reports, so
+  # its leaks cannot be suppressed by library name: draw without OpenGL here.
+  (cd build-san && SDL_RENDER_DRIVER=software SDL_FRAMEBUFFER_ACCELERATION=0 ctest --output-on-failure -j"$Jobs")
 fi
 
 if command -v clang++ >/dev/null 2>&1; then

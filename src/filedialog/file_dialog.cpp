@@ -9,6 +9,7 @@
 #include "core/paint_forwarder.h"
 #include "core/strings.h"
 #include "filemanager/file_types.h"
+#include "filemanager/listing_notice.h"
 #include "platform/library.h"
 #include "util/string_utils.h"
 
@@ -22,6 +23,10 @@ constexpr UINT16 kStatusSize = 256;
 constexpr UINT16 kLongestParent = 510;
 // Icon argument of the context menu's items and of a new tree item.
 constexpr UINT8 kNoMenuIcon = 126;
+// Status field that says what the tree's last listing left out (field 0
+// shows the chosen path).
+constexpr UINT8 kLeftOutField = 1;
+constexpr UINT16 kNoticeSize = 128;
 
 const CHAR8 *DialogText (const char *Key) { return GetString ("File Dialog"_a, reinterpret_cast<const CHAR8 *> (Key)); }
 
@@ -46,8 +51,9 @@ BOOLEAN JoinPath (CHAR8 *Path, const CHAR8 *Parent, const CHAR8 *Name) {
 // Adds the entries under ParentPath to the tree, stopping once the tree holds
 // FILE_DIALOG_TREE_LIMIT items. Directories get the directory icon and are
 // marked as having children when they hold something the tree would show;
-// files get the unknown-file icon and no children.
-VOID AddTreeEntries (FILE_DIALOG *Dialog, DIRECTORY_ENTRY *Entries, UINT16 Count, const CHAR8 *ParentPath) {
+// files get the unknown-file icon and no children. Returns the number of
+// entries left out for want of room.
+UINT32 AddTreeEntries (FILE_DIALOG *Dialog, DIRECTORY_ENTRY *Entries, UINT16 Count, const CHAR8 *ParentPath) {
   for (UINT16 I = 0; I < Count; I++) {
     DIRECTORY_ENTRY *Entry = &Entries[I];
     BOOLEAN HasChildren = FALSE;
@@ -62,37 +68,58 @@ VOID AddTreeEntries (FILE_DIALOG *Dialog, DIRECTORY_ENTRY *Entries, UINT16 Count
     }
     UINTN Items = gControlDriver->AddFileListItem (Dialog->FileTree, HasChildren, Icon, 0, Entry, ParentPath);
     if (Items >= FILE_DIALOG_TREE_LIMIT) {
-      return;
+      return (UINT32)(Count - I - 1);
     }
   }
+  return 0;
+}
+
+// Says in status field 1 what the listing of a folder left out (nothing when
+// all is shown). A folder that could not be read at all (nothing listed) is
+// also reported with a message box.
+VOID ShowLeftOut (FILE_DIALOG *Dialog, const CHAR8 *Path, const LISTING_NOTES *Notes, UINT16 Listed,
+                  UINT32 Refused) {
+  if (Listed == 0 && Notes->FolderUnreadable != 0) {
+    ReportUnreadableFolder (Path);
+  }
+  CHAR8 Notice[kNoticeSize];
+  DescribeLeftOut (Notes, Refused, Notice, sizeof (Notice));
+  gWindowBase->SetStatusText (&Dialog->Header, kLeftOutField, Notice);
 }
 
 VOID LoadTree (FILE_DIALOG *Dialog) {
   gControlDriver->ClearFileList (Dialog->FileTree);
   CopyString (Dialog->CurrentDir, "\\"_a);
   DIRECTORY_ENTRY *Entries = nullptr;
-  UINT16 Count = ReadFilteredDirectory (Dialog->DialogVolume, "\\"_a, Dialog->DirsOnly, &Entries);
+  LISTING_NOTES Notes;
+  UINT16 Count = ReadFilteredDirectory (Dialog->DialogVolume, "\\"_a, Dialog->DirsOnly, &Entries, &Notes);
   if (Count == 0) {
     // An empty or unreadable root: the root item alone, without children.
     gControlDriver->AddFileListItem (Dialog->FileTree, FALSE, gFileIcons.Directory, 0, "\\"_a, "\\"_a);
+    ShowLeftOut (Dialog, "\\"_a, &Notes, 0, 0);
     return;
   }
   UINTN Items = gControlDriver->AddFileListItem (Dialog->FileTree, TRUE, gFileIcons.Directory, 0, "\\"_a, "\\"_a);
+  UINT32 Refused = Count;
   if (Items < FILE_DIALOG_TREE_LIMIT) {
-    AddTreeEntries (Dialog, Entries, Count, "\\"_a);
+    Refused = AddTreeEntries (Dialog, Entries, Count, "\\"_a);
   }
   FreePool (Entries);
+  ShowLeftOut (Dialog, "\\"_a, &Notes, Count, Refused);
   gWindowBase->Redraw (Dialog->FileTree);
 }
 
 VOID ExpandItem (FILE_DIALOG *Dialog, const CHAR8 *ItemPath) {
   DIRECTORY_ENTRY *Entries = nullptr;
-  UINT16 Count = ReadFilteredDirectory (Dialog->DialogVolume, ItemPath, Dialog->DirsOnly, &Entries);
+  LISTING_NOTES Notes;
+  UINT16 Count = ReadFilteredDirectory (Dialog->DialogVolume, ItemPath, Dialog->DirsOnly, &Entries, &Notes);
   if (Count == 0) {
+    ShowLeftOut (Dialog, ItemPath, &Notes, 0, 0);
     return;
   }
-  AddTreeEntries (Dialog, Entries, Count, ItemPath);
+  UINT32 Refused = AddTreeEntries (Dialog, Entries, Count, ItemPath);
   FreePool (Entries);
+  ShowLeftOut (Dialog, ItemPath, &Notes, Count, Refused);
   gWindowBase->Redraw (Dialog->FileTree);
 }
 
@@ -330,14 +357,21 @@ VOID EFIAPI FileDialogDestroy (WINDOW_HEADER *Window) {
 
 }  // namespace
 
-UINT16 ReadFilteredDirectory (UINT8 Volume, const CHAR8 *Path, UINT8 DirsOnly, DIRECTORY_ENTRY **Entries) {
+UINT16 ReadFilteredDirectory (UINT8 Volume, const CHAR8 *Path, UINT8 DirsOnly, DIRECTORY_ENTRY **Entries,
+                              LISTING_NOTES *Notes) {
   *Entries = nullptr;
+  if (Notes != nullptr) {
+    ZeroMem (Notes, sizeof (*Notes));
+  }
   UINT16 Handle = gFileDriver->OpenDirectory (Volume, Path);
   if (Handle == 0) {
     return 0;
   }
   UINT16 Count = 0;
   DIRECTORY_ENTRY *All = gFileDriver->ReadDirectory (Handle, &Count);
+  if (Notes != nullptr) {
+    ReadListingNotes (Handle, Notes);
+  }
   gFileDriver->CloseHandle (Handle);
   if (All == nullptr) {
     return 0;

@@ -35,7 +35,9 @@ WINDOW_HEADER *EFIAPI OpenFileDialog (UINT16 X, UINT16 Y, const CHAR8 *Title, UI
 // The entries of a directory that the tree shows: names not starting with
 // ".", and only directories when DirsOnly is non-zero. Returns the count and,
 // when it is not 0, a pool array of exactly that many records in *Entries
-// (the caller frees it).
-UINT16 ReadFilteredDirectory (UINT8 Volume, const CHAR8 *Path, UINT8 DirsOnly, DIRECTORY_ENTRY **Entries);
+// (the caller frees it). Notes, when given, receive what the file driver's
+// listing left out (all zero when the directory could not be opened).
+UINT16 ReadFilteredDirectory (UINT8 Volume, const CHAR8 *Path, UINT8 DirsOnly, DIRECTORY_ENTRY **Entries,
+                              LISTING_NOTES *Notes = nullptr);
 // True when ReadFilteredDirectory finds at least one entry.
 BOOLEAN HasSubEntries (UINT8 Volume, const CHAR8 *Path, UINT8 DirsOnly);

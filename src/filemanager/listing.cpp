@@ -8,13 +8,17 @@
 //
 // A step into a directory whose path would not fit in CurrentPath is refused
 // with a message box (text "fail_path_too_long", caption the directory name);
-// the window keeps showing the directory it was on.
+// the window keeps showing the directory it was on, and so does a step into a
+// folder that cannot be read, after a message box. Status field 1 says how
+// many entries the listing could not show and why.
 
 #include "filemanager/listing.h"
 
 #include "core/bindings.h"
+#include "core/resource_format.h"
 #include "core/strings.h"
 #include "filemanager/file_types.h"
+#include "filemanager/listing_notice.h"
 #include "filemanager/main_window_internal.h"
 #include "fileops/file_ops.h"
 #include "menu_header/menu_header.h"
@@ -26,6 +30,10 @@ namespace {
 constexpr UINTN CellSize = 64;
 constexpr UINT16 StatusPathLimit = 250;
 constexpr UINT16 MaxDepth = 63;
+// Status field that says what the listing left out (field 0 is the path or
+// selection, field 2 the file-system label).
+constexpr UINT8 LeftOutField = 1;
+constexpr UINT16 LeftOutTextSize = 128;
 
 BOOLEAN EndsWithSeparator (const CHAR8 *Path) {
   UINT16 Length = StringLength (Path);
@@ -45,7 +53,8 @@ VOID SetSelectionCommandsEnabled (MAIN_WINDOW *Window, BOOLEAN Enable) {
   }
 }
 
-VOID AddEntryRow (MAIN_WINDOW *Window, DIRECTORY_ENTRY *Entry) {
+// Adds the row of an entry; false when the list has no room for it.
+BOOLEAN AddEntryRow (MAIN_WINDOW *Window, DIRECTORY_ENTRY *Entry) {
   Entry->Name[sizeof (Entry->Name) - 1] = 0;
   BOOLEAN IsDirectory = Entry->IsDirectory != 0;
   UINT8 Icon;
@@ -57,7 +66,7 @@ VOID AddEntryRow (MAIN_WINDOW *Window, DIRECTORY_ENTRY *Entry) {
   }
   UINT16 Row = gControlDriver->AddListItem (Window->List, Icon, IsDirectory ? 1 : 0, Entry->EntryWord, Entry->Size,
                                             Entry);
-  if (Row == 0xFFFF) return;
+  if (Row == 0xFFFF) return FALSE;
 
   CHAR8 Cell[CellSize];
   ZeroMem (Cell, sizeof (Cell));
@@ -72,34 +81,14 @@ VOID AddEntryRow (MAIN_WINDOW *Window, DIRECTORY_ENTRY *Entry) {
   AsciiSPrint (Cell, sizeof (Cell), "%04d.%02d.%02d %02d:%02d:%02d"_a, (UINT32) Entry->Year, (UINT32) Entry->Month,
                (UINT32) Entry->Day, (UINT32) Entry->Hour, (UINT32) Entry->Minute, (UINT32) Entry->Second);
   gControlDriver->SetItemText (Window->List, 3, Row, Cell);
+  return TRUE;
 }
-
-BOOLEAN IsIntegerConversion (CHAR8 C) { return C == 'd' || C == 'u' || C == 'x' || C == 'X'; }
 
 }  // namespace
 
 VOID SetGoUpEnabled (MAIN_WINDOW *Window, BOOLEAN Enable) {
   if (Window->MenuBar != nullptr) EnableHeaderItem (Window->MenuBar, GoUpCommand, Enable, TRUE);
   if (Window->FilePopup != nullptr) gWindowBase->EnableMenuItem (Window->FilePopup, GoUpCommand, Enable);
-}
-
-VOID FormatCounts (CHAR8 *Buffer, const CHAR8 *Format, UINT32 First, UINT32 Second, UINTN ArgumentCount) {
-  ZeroMem (Buffer, CellSize);
-  UINTN Conversions = 0;
-  BOOLEAN Safe = TRUE;
-  for (UINTN I = 0; Format[I] != 0 && Safe; I++) {
-    if (Format[I] != '%') continue;
-    I++;
-    if (Format[I] == '%') continue;
-    while (Format[I] >= '0' && Format[I] <= '9') I++;
-    if (!IsIntegerConversion (Format[I])) Safe = FALSE;
-    Conversions++;
-  }
-  if (!Safe || Conversions > ArgumentCount) {
-    CopyStringN (Buffer, Format, (UINT16) CellSize);
-    return;
-  }
-  AsciiSPrint (Buffer, CellSize, Format, First, Second);
 }
 
 BOOLEAN BuildFullPath (const MAIN_WINDOW *Window, const CHAR8 *Name, CHAR8 *Buffer) {
@@ -113,27 +102,43 @@ BOOLEAN BuildFullPath (const MAIN_WINDOW *Window, const CHAR8 *Name, CHAR8 *Buff
   return TRUE;
 }
 
-BOOLEAN LoadListing (MAIN_WINDOW *Window, const CHAR8 *Path) {
+BOOLEAN LoadListing (MAIN_WINDOW *Window, const CHAR8 *Path, BOOLEAN *Unreadable) {
+  if (Unreadable != nullptr) *Unreadable = FALSE;
   UINT16 Handle = gFileDriver->OpenDirectory (Window->VolumeIndex, Path);
   if (Handle == 0) return FALSE;
   UINT16 Count = 0;
   DIRECTORY_ENTRY *Entries = gFileDriver->ReadDirectory (Handle, &Count);
+  LISTING_NOTES Notes;
+  ReadListingNotes (Handle, &Notes);
   if (Window->DirHandle != 0) gFileDriver->CloseHandle (Window->DirHandle);
   Window->DirHandle = Handle;
-  if (Entries == nullptr) return TRUE;
-  for (UINT16 I = 0; I < Count; I++) AddEntryRow (Window, &Entries[I]);
-  FreePool (Entries);
+  BOOLEAN FolderUnreadable = Entries == nullptr && Notes.FolderUnreadable != 0;
+  UINT32 Refused = 0;
+  if (Entries != nullptr) {
+    for (UINT16 I = 0; I < Count; I++) {
+      if (!AddEntryRow (Window, &Entries[I])) Refused++;
+    }
+    FreePool (Entries);
+  }
+  CHAR8 Notice[LeftOutTextSize];
+  DescribeLeftOut (&Notes, Refused, Notice, sizeof (Notice));
+  gWindowBase->SetStatusText (&Window->Header, LeftOutField, Notice);
+  if (FolderUnreadable) {
+    ReportUnreadableFolder (Path);
+    if (Unreadable != nullptr) *Unreadable = TRUE;
+  }
   return TRUE;
 }
 
-VOID Refresh (MAIN_WINDOW *Window) {
+BOOLEAN Refresh (MAIN_WINDOW *Window) {
   if (Window->Volume != nullptr && Window->Volume->Kind == VOLUME_KIND_REOPEN && Window->DirHandle != 0) {
     gFileDriver->CloseHandle (Window->DirHandle);
     Window->DirHandle = 0;
   }
   LIST_CONTROL *List = Window->List;
   gControlDriver->ClearList (List);
-  LoadListing (Window, Window->CurrentPath);
+  BOOLEAN Unreadable = FALSE;
+  LoadListing (Window, Window->CurrentPath, &Unreadable);
   List->CurrentRow = Window->RowStack[Window->Depth];
   if (List->ScrollBar != nullptr && List->VisibleRows < List->RowCount) {
     gControlDriver->SetScrollPosition (List->ScrollBar, List->CurrentRow);
@@ -141,6 +146,7 @@ VOID Refresh (MAIN_WINDOW *Window) {
   gWindowBase->Redraw (List);
   SetHeaderPath (Window->MenuBar, Window->CurrentPath, TRUE);
   ShowPathStatus (Window);
+  return !Unreadable;
 }
 
 namespace {
@@ -213,19 +219,22 @@ VOID OpenItem (MAIN_WINDOW *Window, UINT16 Row) {
     gWindowBase->MessageBox (1, GetString (nullptr, "fail_path_too_long"_a), Name, 0);
     return;
   }
-  Refresh (Window);
+  // A folder that cannot be read (the user has been told) is left again at once.
+  if (!Refresh (Window) && GoUp (Window)) Refresh (Window);
 }
 
 VOID ShowSelection (MAIN_WINDOW *Window, UINT16 Value, UINT16 SelectedCount) {
   SetSelectionCommandsEnabled (Window, SelectedCount >= 1);
   CHAR8 Text[CellSize];
   if (SelectedCount == 0) {
-    FormatCounts (Text, GetString (nullptr, "files_total"_a), Value, 0, 1);
+    ZeroMem (Text, sizeof (Text));
+    FormatResourceText (Text, sizeof (Text), GetString (nullptr, "files_total"_a), (UINT32) Value);
     gWindowBase->SetStatusText (&Window->Header, 0, Text);
     return;
   }
   if (SelectedCount > 1) {
-    FormatCounts (Text, GetString (nullptr, "files_selected"_a), SelectedCount, 0, 1);
+    ZeroMem (Text, sizeof (Text));
+    FormatResourceText (Text, sizeof (Text), GetString (nullptr, "files_selected"_a), (UINT32) SelectedCount);
     gWindowBase->SetStatusText (&Window->Header, 0, Text);
     return;
   }

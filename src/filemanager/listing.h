@@ -3,8 +3,12 @@
 
 #include "filemanager/main_window.h"
 
-BOOLEAN LoadListing (MAIN_WINDOW *Window, const CHAR8 *Path);
-VOID Refresh (MAIN_WINDOW *Window);
+// Appends the entries of Path to the list; false when it cannot be opened.
+// A folder that opens but cannot be read is reported with a message box and
+// *Unreadable (when given) set; it still counts as listed.
+BOOLEAN LoadListing (MAIN_WINDOW *Window, const CHAR8 *Path, BOOLEAN *Unreadable = nullptr);
+// Lists CurrentPath again; false when the folder could not be read.
+BOOLEAN Refresh (MAIN_WINDOW *Window);
 VOID EnterDirectory (MAIN_WINDOW *Window, const CHAR8 *Name);
 BOOLEAN GoUp (MAIN_WINDOW *Window);
 VOID EFIAPI GoUpCommand (VOID *Item, WINDOW_HEADER *Context);

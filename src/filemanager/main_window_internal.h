@@ -22,10 +22,3 @@ VOID SetGoUpEnabled (MAIN_WINDOW *Window, BOOLEAN Enable);
 
 VOID EFIAPI ExitCommand (VOID *Item, WINDOW_HEADER *Context);
 VOID EFIAPI AboutCommand (VOID *Item, WINDOW_HEADER *Context);
-
-// Formats a status text from a format taken from the resource file into a
-// 64-byte Buffer. Only integer conversions (%d %u %x %X, with zero padding
-// and width) and "%%" are honoured, at most ArgumentCount of them; a format that
-// asks for anything else is shown as it stands, so a damaged resource file
-// can never make the formatter read what was not passed.
-VOID FormatCounts (CHAR8 *Buffer, const CHAR8 *Format, UINT32 First, UINT32 Second, UINTN ArgumentCount);

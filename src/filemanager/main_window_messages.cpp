@@ -6,6 +6,7 @@
 // is then cleared from the record so that nothing else acts on it.
 
 #include "core/bindings.h"
+#include "core/resource_format.h"
 #include "core/strings.h"
 #include "filemanager/listing.h"
 #include "filemanager/main_window.h"
@@ -63,7 +64,9 @@ VOID HandleNotification (MAIN_WINDOW *Window, MESSAGE *Message) {
     case NOTIFY_SEARCH: {
       if (Message->Word2 != 0) return;
       CHAR8 Text[64];
-      FormatCounts (Text, GetString (nullptr, "SearchStatus"_a), Message->Word6, Message->Word4, 2);
+      ZeroMem (Text, sizeof (Text));
+      FormatResourceText (Text, sizeof (Text), GetString (nullptr, "SearchStatus"_a), (UINT32) Message->Word6,
+                          (UINT32) Message->Word4);
       gWindowBase->SetStatusText (&Window->Header, 0, Text);
       return;
     }

@@ -10,6 +10,7 @@
 
 #include "core/bindings.h"
 #include "core/paint_forwarder.h"
+#include "core/resource_format.h"
 #include "core/strings.h"
 #include "filemanager/file_types.h"
 #include "platform/library.h"
@@ -214,7 +215,7 @@ BOOLEAN ShowHexPage (HEX_VIEWER *Viewer) {
 
   CHAR8 PageText[64];
   ZeroMem (PageText, sizeof (PageText));
-  AsciiSPrint (PageText, sizeof (PageText), HexText ("tipCurrentPage"), Viewer->CurrentPage);
+  FormatResourceText (PageText, sizeof (PageText), HexText ("tipCurrentPage"), Viewer->CurrentPage);
   gWindowBase->SetWindowText (Viewer->PageField, PageText);
 
   static const char kDigits[] = "0123456789ABCDEF";
@@ -333,7 +334,7 @@ WINDOW_HEADER *OpenHexViewer (UINT16 X, UINT16 Y, const CHAR8 *Path, UINT8 Volum
 
   CHAR8 Information[512];
   ZeroMem (Information, sizeof (Information));
-  AsciiSPrint (Information, sizeof (Information), HexText ("tipFileInfo"), Info.Size, Viewer->PageCount);
+  FormatResourceText (Information, sizeof (Information), HexText ("tipFileInfo"), Info.Size, Viewer->PageCount);
   UINT16 InformationWidth = gGuiDriver->GetTextWidth (Information);
   gWindowBase->CreateTextField (&Viewer->Header, 3, ButtonY, (UINT16)(InformationWidth + 4), ButtonHeight, 0, FALSE,
                                 Information);

@@ -1,13 +1,17 @@
 // The file dialog driven as a user would: the tree's contents, the choice
 // handed back (volume byte and path), the volume selector, the tree's
 // context menu with its in-place edits and their refusals.
+#include <cstdio>
 #include <filesystem>
 
+#include "core/strings.h"
 #include "env/controls/control_driver.h"
+#include "env/files/file_driver.h"
 #include "env/windows/window_base.h"
 #include "filedialog/file_dialog.h"
 #include "filemanager/file_types.h"
 #include "support/driver_fixture.h"
+#include "support/folder_override.h"
 
 namespace fs = std::filesystem;
 
@@ -68,7 +72,13 @@ class FileDialogTest : public DriverTest {
     return std::to_string (Data[0]) + ":" + std::string ((const char *) Data.data () + 1);
   }
   std::string Want (int Volume, const std::string &Path) { return std::to_string (Volume) + ":" + Path; }
-  std::string Status (FILE_DIALOG *D) { return Windows ().StatusText (&D->Header, 0); }
+  std::string Status (FILE_DIALOG *D, uint8_t Field = 0) { return Windows ().StatusText (&D->Header, Field); }
+  // The resource text Key with its count filled in.
+  std::string LeftOut (const char *Key, uint32_t Count) {
+    char Part[64];
+    std::snprintf (Part, sizeof (Part), (const char *) GetString (nullptr, (const CHAR8 *) Key), Count);
+    return Part;
+  }
   void OpenContextMenu (FILE_DIALOG *D, const std::string &Path) {
     Controls ().TreeContextClick (D->FileTree, IndexOf (D, Path), 5, 6);
   }
@@ -208,6 +218,26 @@ TEST_F (FileDialogTest, LargeRootStopsAt4096Items) {
   ASSERT_EQ (All.size (), 4096u);
   EXPECT_STREQ ((const char *) All[0].Path, "\\");
   EXPECT_STREQ ((const char *) All[4095].Path, "\\f14094");
+  EXPECT_EQ (Status (D, 1), LeftOut ("left_over_limit", 5000 - 4095));
+}
+
+// Entries the tree cannot show are counted in status field 1; a folder that
+// cannot be read is reported instead of looking empty.
+TEST_F (FileDialogTest, LeftOutEntriesAndUnreadableFoldersAreSaid) {
+  WriteFile (Vol, "docs/" + std::string (195, 'n'), "long");
+  FILE_DIALOG *D = Open (Vol, 0);
+  EXPECT_EQ (Status (D, 1), "");
+  Expand (D, "\\docs");
+  EXPECT_EQ (Status (D, 1), LeftOut ("left_long_names", 1));
+  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+
+  FolderOverride Locked (Env ().files ().Table (), "\\a", UnreadableFolderNotes ());
+  Expand (D, "\\a");
+  EXPECT_EQ (Status (D, 1), "");
+  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "\\a");
+  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text,
+             (const char *) GetString (nullptr, (const CHAR8 *) "fail_read_folder"));
 }
 
 TEST_F (FileDialogTest, SwitchingTheVolumeReloadsTheTree) {

@@ -1,15 +1,19 @@
 // The directory listing, navigation with the remembered rows, and the status
 // texts.
 
+#include <sys/stat.h>
 #include <filesystem>
 
 #include "filemanager/file_types.h"
 #include "filemanager/listing.h"
 #include "filemanager/main_window_fixture.h"
 #include "fileops/file_ops.h"
+#include "support/folder_override.h"
 #include "util/string_utils.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 TEST_F (MainWindowTest, CellsShowGroupedSizesTypesAndDates) {
   int V = MakeVolume ("a");
@@ -209,6 +213,58 @@ TEST_F (MainWindowTest, PathStatusStopsAt250Characters) {
   Open (V, Path250.c_str ());
   EXPECT_EQ (Path (W), Path250);
   EXPECT_EQ (Status (W), Path249 + "\\");
+}
+
+
+// What a listing cannot show is said in status field 1: names too long for a
+// record, names holding "\", entries that cannot be read, and rows past the
+// limits of the listing and of the list.
+TEST_F (MainWindowTest, StatusSaysWhatTheListingLeftOutAndWhy) {
+  int V = MakeVolume ("odd");
+  WriteFile (V, "plain.txt", "x");
+  WriteFile (V, std::string (200, 'L'), "x");
+  WriteFile (V, "back\\slash", "x");
+  mkfifo ((VolumePath (V) / "pipe").c_str (), 0600);   // neither file nor folder
+  MakeDir (V, "clean");
+  MAIN_WINDOW *W = Open (V);
+  EXPECT_EQ (Names (W), std::vector<std::string> ({"clean", "plain.txt"}));
+  auto Part = [this] (const char *Key, int Count) { return Format (Res (nullptr, Key), Count); };
+  EXPECT_EQ (Status (W, 1), Part ("left_long_names", 1) + ", " + Part ("left_backslash_names", 1) + ", " +
+                                Part ("left_unreadable", 1));
+
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "clean")));
+  EXPECT_EQ (Status (W, 1), "");
+
+  // 70000 entries: the listing holds 65535 records, the list 65534 rows.
+  LISTING_NOTES Notes {};
+  Notes.Listed = 65535;
+  Notes.OverLimit = 70000 - 65535;
+  FolderOverride Big (Env ().files ().Table (), "\\clean", Notes, 65535);
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "clean")));
+  EXPECT_EQ (W->List->RowCount, 65534);
+  EXPECT_EQ (Status (W, 1), Part ("left_over_limit", 70000 - 65534));
+}
+
+// A folder that cannot be read is not shown as empty: a message box says so
+// and the window stays on the folder the user stepped from.
+TEST_F (MainWindowTest, UnreadableFolderIsReportedAndTheWindowStaysWhereItWas) {
+  int V = MakeVolume ("locked");
+  MakeDir (V, "a/locked");
+  MakeDir (V, "a/open");
+  MAIN_WINDOW *W = Open (V, "\\a");
+  FolderOverride Locked (Env ().files ().Table (), "\\a\\locked", UnreadableFolderNotes ());
+  Base ().ClearMessageBoxes ();
+  int LockedRow = Row (W, "locked");
+  Controls ().ActivateRow (W->List, static_cast<uint16_t> (LockedRow));
+  ASSERT_EQ (Base ().MessageBoxes ().size (), 1u);
+  EXPECT_EQ (Base ().MessageBoxes ()[0].Text, Res (nullptr, "fail_read_folder"));
+  EXPECT_EQ (Base ().MessageBoxes ()[0].Caption, "\\a\\locked");
+  EXPECT_EQ (Path (W), "\\a");
+  EXPECT_EQ (W->Depth, 1);
+  EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "locked", "open"}));
+  EXPECT_EQ (W->List->CurrentRow, LockedRow);
+  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
 }
 
 }  // namespace

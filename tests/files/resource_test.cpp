@@ -171,6 +171,8 @@ TEST (ShippedResources, EveryKeyIsPresentWithItsConversions) {
       {"HexFile", "tip_failOpen"},     {"HexFile", "tip_failGetFileInfo"}, {"HexFile", "tip_notsupport"},
       {"HexFile", "offset"},           {"HexFile", "pageup"},           {"HexFile", "pagedown"},
       {"HexFile", "tipFileInfo"},      {"HexFile", "tipCurrentPage"},   {"FileComp", "btPause"},
+      {nullptr, "fail_path_too_long"}, {nullptr, "fail_read_folder"},   {nullptr, "left_long_names"},
+      {nullptr, "left_backslash_names"}, {nullptr, "left_unreadable"},  {nullptr, "left_over_limit"},
   };
   std::regex Conversion ("%l?d|%[^%]");
   for (const Key &K : Keys) {
@@ -182,7 +184,8 @@ TEST (ShippedResources, EveryKeyIsPresentWithItsConversions) {
     for (auto It = std::sregex_iterator (Value.begin (), Value.end (), Conversion); It != std::sregex_iterator (); ++It)
       Conversions += It->str ();
     std::string Name = K.Name;
-    if (Name == "files_total" || Name == "files_selected" || Name == "tipCurrentPage")
+    if (Name == "files_total" || Name == "files_selected" || Name == "tipCurrentPage" ||
+        Name.rfind ("left_", 0) == 0)
       EXPECT_EQ (Conversions, "%d") << Name << ": " << Value;
     else if (Name == "SearchStatus")
       EXPECT_EQ (Conversions, "%d%d") << Value;
