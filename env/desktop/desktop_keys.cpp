@@ -100,6 +100,11 @@ bool DesktopInput::DesktopKey (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
     return true;
   }
   if (Control && (Ch == 'o' || Ch == 'O')) return ChooseVolume ();
+  // Alt+F10 fills the screen with the active window, or gives it its size back.
+  if (W != nullptr && Alt && Scan == kScanF10) {
+    Wb.SendSysCommand (W, SYSCMD_RESTORE);
+    return true;
+  }
   // Alt with an arrow moves the active window; Alt and Shift with an arrow resize it.
   if (W != nullptr && Alt && Scan >= SCAN_CODE_UP && Scan <= SCAN_CODE_LEFT) {
     int Dx = Scan == SCAN_CODE_RIGHT ? kWindowStep : Scan == SCAN_CODE_LEFT ? -kWindowStep : 0;

@@ -72,9 +72,11 @@ class Loop {
     unsigned Wait = NextTick_ > Now ? static_cast<unsigned> (std::min<uint64_t> (NextTick_ - Now, 50)) : 0;
     InputEvent Event;
     if (Backend_.Wait (Wait, Event)) {
+      uint64_t Start = Backend_.NowMicroseconds ();
       bool Changed = Handle (Event);
       while (!Quit_ && Backend_.Wait (0, Event)) Changed = Handle (Event) || Changed;
       if (Changed) Urgent_ = Dirty_ = true;
+      InputTime_ += Backend_.NowMicroseconds () - Start;
     }
     Now = Backend_.NowMs ();
     if (Now >= NextTick_) {
@@ -91,7 +93,10 @@ class Loop {
 
   void Present () {
     GuiDriver &Gui = Env_.gui ();
+    FrameTiming Timing;
+    uint64_t Start = Backend_.NowMicroseconds ();
     RenderDesktop (Env_);
+    uint64_t Painted = Backend_.NowMicroseconds ();
     int W = Gui.Width (), H = Gui.Height ();
     const uint32_t *Pixels = Gui.Framebuffer ();
     size_t Size = static_cast<size_t> (W) * H;
@@ -110,6 +115,13 @@ class Loop {
     }
     Stats_.Rectangles += static_cast<unsigned> (Rects_.size ());
     Backend_.FrameDone ();
+    if (Options_.FrameTimed) {
+      Timing.Input = InputTime_, Timing.Paint = Painted - Start, Timing.Flush = Backend_.NowMicroseconds () - Painted;
+      Timing.Rectangles = static_cast<unsigned> (Rects_.size ());
+      for (const DirtyRect &R : Rects_) Timing.Pixels += static_cast<uint64_t> (R.Width) * R.Height;
+      Options_.FrameTimed (Timing);
+    }
+    InputTime_ = 0;
     Dirty_ = Urgent_ = false;
     LastFrame_ = Backend_.NowMs ();
     if (++Stats_.Frames == 1 && Options_.FirstFrame) Options_.FirstFrame ();
@@ -148,6 +160,7 @@ class Loop {
   std::vector<DirtyRect> Rects_;
   DesktopLoopStats Stats_;
   uint64_t NextTick_ = 0, LastFrame_ = 0;
+  uint64_t InputTime_ = 0;   // microseconds spent on input since the last frame
   bool Quit_ = false, Dirty_ = true, Urgent_ = true;
 };
 

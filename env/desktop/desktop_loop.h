@@ -38,11 +38,22 @@ class DesktopBackend {
   // Waits at most TimeoutMs for input; false when none came.
   virtual bool Wait (unsigned TimeoutMs, InputEvent &Event) = 0;
   virtual uint64_t NowMs () = 0;
+  // A finer clock for timing frames; the same time base as NowMs.
+  virtual uint64_t NowMicroseconds () { return NowMs () * 1000; }
   // Shows a rectangle of the framebuffer (Pixels is its top-left pixel,
   // Stride pixels a row).
   virtual void Flush (int X, int Y, int Width, int Height, const uint32_t *Pixels, int Stride) = 0;
   // Called after the rectangles of a frame were flushed.
   virtual void FrameDone () {}
+};
+
+// Where the time of one frame went (microseconds).
+struct FrameTiming {
+  uint64_t Input = 0;        // handling the input that led to the frame
+  uint64_t Paint = 0;        // painting the desktop into the framebuffer
+  uint64_t Flush = 0;        // finding and flushing the changed rectangles
+  uint64_t Pixels = 0;       // pixels flushed
+  unsigned Rectangles = 0;
 };
 
 struct DesktopLoopOptions {
@@ -52,6 +63,7 @@ struct DesktopLoopOptions {
   unsigned MaxFrames = 0;               // 0: until Quit
   std::function<void ()> FirstFrame;    // after the first frame was shown
   std::function<bool (int Volume)> OpenVolume;   // the volume chooser's (DesktopInput)
+  std::function<void (const FrameTiming &)> FrameTimed;   // after each frame, when set
 };
 
 // Figures of a run, for tests and benchmarks.

@@ -27,6 +27,9 @@ VolumeConfig ParseVolumeConfig (const std::string &Text) {
   VolumeConfig Config;
   LookupResourceString (Text, nullptr, "compare1", Config.Compare1);
   LookupResourceString (Text, nullptr, "compare2", Config.Compare2);
+  std::string Timing;
+  LookupResourceString (Text, nullptr, "timing", Timing);
+  Config.Timing = EqualIgnoringAsciiCase (Timing, "on") || Timing == "1";
   return Config;
 }
 

@@ -5,6 +5,8 @@
 //   # the backups, by volume label
 //   compare1 = BACKUP
 //   compare2 = OLD BACKUP
+//   # the time of each frame on the serial port (for measurements)
+//   timing = on
 //
 // Keys as in the resource file (resource_file.h); labels compare without
 // ASCII case. The volume labelled compare1 gets flags 0x81, compare2 0x82.
@@ -21,6 +23,7 @@ constexpr const char *kVolumeConfigPath = "\\efi\\kivora\\surveyor.cfg";
 
 struct VolumeConfig {
   std::string Compare1, Compare2;
+  bool Timing = false;
   // The flags of a volume of this label (0 for an ordinary one).
   uint8_t FlagsOf (const std::string &Label) const;
 };

@@ -129,6 +129,23 @@ bool OpenVolume (int Volume) {
   return Surveyor->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr) != nullptr;
 }
 
+// A line on the serial port only (the console would draw it over the desktop).
+void SerialLine (const std::string &Text) {
+  EFI_GUID Guid = EFI_SERIAL_IO_PROTOCOL_GUID;
+  EFI_SERIAL_IO_PROTOCOL *Serial = nullptr;
+  if (EFI_ERROR (gEnvBootServices->LocateProtocol (&Guid, nullptr, reinterpret_cast<VOID **> (&Serial)))) return;
+  std::string Line = Text + "\r\n";
+  UINTN Size = Line.size ();
+  Serial->Write (Serial, &Size, Line.data ());
+}
+
+void ReportFrame (const FrameTiming &T) {
+  auto Ms = [] (uint64_t Us) { return std::to_string (Us / 1000) + "." + std::to_string (Us / 100 % 10); };
+  SerialLine ("Surveyor: frame " + Ms (T.Input + T.Paint + T.Flush) + " ms (input " + Ms (T.Input) + ", paint " +
+              Ms (T.Paint) + ", flush " + Ms (T.Flush) + " ms; " + std::to_string (T.Pixels) + " pixels in " +
+              std::to_string (T.Rectangles) + " rectangles)");
+}
+
 void DisturbedScreen (FirmwareDesktop &Backend, DESKTOP_READY_CALLBACK Ready) {
   if (Ready != nullptr) Ready ();
   // The console's text may have been drawn over the desktop.
@@ -147,6 +164,7 @@ EFI_STATUS EFIAPI RunDesktop (DESKTOP_READY_CALLBACK Ready) {
   Options.FrameMilliseconds = 60;
   Options.FirstFrame = [&Backend, Ready] { DisturbedScreen (Backend, Ready); };
   Options.OpenVolume = OpenVolume;
+  if (gEnvironment->Config.Timing) Options.FrameTimed = ReportFrame;
   // A stick plugged in while the desktop runs becomes a volume.
   EFI_GUID Guid = kSimpleFileSystemGuid;
   if (gEnvironment->NewFileSystems == nullptr &&

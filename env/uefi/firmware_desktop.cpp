@@ -84,6 +84,10 @@ FirmwareDesktop::FirmwareDesktop (const uint32_t *Frame, int Width, int Height)
       EFI_ERROR (gEnvBootServices->SetTimer (Clock_, TimerPeriodic, kClockPeriod100ns)))
     Clock_ = nullptr;
   if (EFI_ERROR (gEnvBootServices->CreateEvent (EVT_TIMER, 0, nullptr, nullptr, &Timeout_))) Timeout_ = nullptr;
+  // The time-stamp counter's rate, over 20 ms of the firmware's Stall.
+  TscStart_ = __builtin_ia32_rdtsc ();
+  gEnvBootServices->Stall (20000);
+  TscPerMicrosecond_ = (__builtin_ia32_rdtsc () - TscStart_) / 20000;
   if (Pointer_ != nullptr) Pointer_->Reset (Pointer_, FALSE);
   if (Absolute_ != nullptr) Absolute_->Reset (Absolute_, FALSE);
 }
@@ -94,6 +98,11 @@ FirmwareDesktop::~FirmwareDesktop () {
 }
 
 uint64_t FirmwareDesktop::NowMs () { return gClockTicks * kClockPeriodMs; }
+
+uint64_t FirmwareDesktop::NowMicroseconds () {
+  if (TscPerMicrosecond_ == 0) return NowMs () * 1000;
+  return (__builtin_ia32_rdtsc () - TscStart_) / TscPerMicrosecond_;
+}
 
 void FirmwareDesktop::Poll () {
   if (Hook_ != nullptr) Hook_ ();

@@ -2,7 +2,9 @@
 // screen (changed rectangles copied with Blt), keys from Simple Text Input
 // Ex (Simple Text Input when the console has no Ex), and the Simple Pointer
 // and Absolute Pointer of the console when the firmware offers them, with a
-// cursor drawn over the screen. Time comes from a periodic timer event.
+// cursor drawn over the screen. Time comes from a periodic timer event; the
+// processor's time-stamp counter, measured against the firmware's Stall,
+// times frames.
 #pragma once
 
 #include <cstdint>
@@ -27,6 +29,7 @@ class FirmwareDesktop : public DesktopBackend {
 
   bool Wait (unsigned TimeoutMs, InputEvent &Event) override;
   uint64_t NowMs () override;
+  uint64_t NowMicroseconds () override;
   void Flush (int X, int Y, int Width, int Height, const uint32_t *Pixels, int Stride) override;
   void FrameDone () override;
   // Copies the whole framebuffer to the screen (after console text covered it).
@@ -47,6 +50,7 @@ class FirmwareDesktop : public DesktopBackend {
   EFI_SIMPLE_POINTER_PROTOCOL *Pointer_ = nullptr;
   EFI_ABSOLUTE_POINTER_PROTOCOL *Absolute_ = nullptr;
   EFI_EVENT Clock_ = nullptr, Timeout_ = nullptr;
+  uint64_t TscStart_ = 0, TscPerMicrosecond_ = 0;
   PointerTracker Tracker_;
   std::vector<InputEvent> Pending_;
   void (*Hook_) () = nullptr;
