@@ -13,7 +13,7 @@
 #include <string>
 
 #include "core/surveyor_protocol.h"
-#include "env/environment.h"
+#include "env/host/environment.h"
 #include "env/windows/window_base.h"
 #include "services/service_ids.h"
 

@@ -148,6 +148,18 @@ bool ListObject::OnKey (MESSAGE &Message) {
     NotifySelection ();
     return true;
   }
+  // Up and Down a row, Page Up and Page Down a page, Home and End to the
+  // ends. Alone they select the new row; with Shift the selection reaches
+  // from the anchor to it; with Control only the current row moves (Space
+  // then adds it to the selection).
+  int Page = std::max<int> (1, Data.VisibleRows > 1 ? Data.VisibleRows - 1 : 1);
+  int To = Scan == SCAN_CODE_UP ? Current - 1 : Scan == SCAN_CODE_DOWN ? Current + 1
+           : Scan == kScanPageUp ? Current - Page : Scan == kScanPageDown ? Current + Page
+           : Scan == kScanHome ? 0 : Scan == kScanEnd ? Count - 1 : -2;
+  if (To != -2 && Control && (Shift & 0x30) == 0) {
+    if (Count > 0) Show (static_cast<uint16_t> (std::clamp (To, 0, Count - 1)));
+    return true;
+  }
   if ((Shift & 0x3C) != 0) return false;   // Control or Alt held: the window's shortcuts
   if (Scan == SCAN_CODE_LEFT || Scan == SCAN_CODE_RIGHT) {
     // Sideways through columns wider than the list; otherwise the window's.
@@ -155,12 +167,6 @@ bool ListObject::OnKey (MESSAGE &Message) {
     ScrollSideways ((Scan == SCAN_CODE_RIGHT ? 3 : -3) * B ().CharWidth ());
     return true;
   }
-  // Up and Down a row, Page Up and Page Down a page, Home and End to the
-  // ends; with Shift the selection reaches from the anchor to the new row.
-  int Page = std::max<int> (1, Data.VisibleRows > 1 ? Data.VisibleRows - 1 : 1);
-  int To = Scan == SCAN_CODE_UP ? Current - 1 : Scan == SCAN_CODE_DOWN ? Current + 1
-           : Scan == kScanPageUp ? Current - Page : Scan == kScanPageDown ? Current + Page
-           : Scan == kScanHome ? 0 : Scan == kScanEnd ? Count - 1 : -2;
   if (To != -2) {
     if (Count == 0) return true;
     uint16_t Row = static_cast<uint16_t> (std::clamp (To, 0, Count - 1));
