@@ -4,7 +4,7 @@
 set -eu
 
 PACKAGES="build-essential cmake g++ clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev
-gnu-efi ovmf qemu-system-x86 mtools libjpeg-dev libpng-dev libsdl2-dev unifont xvfb"
+gnu-efi ovmf qemu-system-x86 mtools libjpeg-dev libpng-dev libsdl2-dev unifont xvfb rsync"
 
 Missing=""
 for Package in $PACKAGES; do
