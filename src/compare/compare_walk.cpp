@@ -129,21 +129,6 @@ BOOLEAN BeginWalk (COMPARE_JOB *Job) {
   return TRUE;
 }
 
-VOID MatchEntries (COMPARE_LEVEL *Level) {
-  for (UINT16 B = 0; B < Level->BackupCount; B++) Level->BackupEntries[B].Matched = 0;
-  for (UINT16 S = 0; S < Level->SourceCount; S++) {
-    DIRECTORY_ENTRY *Source = &Level->SourceEntries[S];
-    Source->Matched = 0;
-    for (UINT16 B = 0; B < Level->BackupCount; B++) {
-      if (NamesEqual (Source->Name, Level->BackupEntries[B].Name)) {
-        Source->Matched = 1;
-        Level->BackupEntries[B].Matched = 1;
-        break;
-      }
-    }
-  }
-}
-
 // A level's failure: stored and reported under the level's own path.
 static VOID FailLevel (COMPARE_JOB *Job, COMPARE_LEVEL *Level, const CHAR8 *Message, UINT8 Code) {
   ReportDifference (Job, Level->Path, Message, 1, Code);

@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <random>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -152,6 +155,70 @@ TEST_F (CompareWalkTest, NamesMatchWithoutAsciiCaseOnly) {
   EXPECT_EQ (Deleted, 1);
   EXPECT_EQ (gFinalSnapshot->AddedCount, 1u);
   EXPECT_EQ (gFinalSnapshot->DeletedCount, 1u);
+}
+
+// Many names that fall into few classes of names equal but for ASCII case:
+// new, deleted and unopenable entries must follow the first-match rule over
+// the backup listing, with the name index and, when its memory is refused,
+// without it.
+TEST_F (CompareWalkTest, MatchingFollowsTheFirstMatchRuleOverWholeListings) {
+  const std::string Letters[] = {"a", "A", "b", "B", "\xE0", "\xC0"};
+  std::set<std::string> Source, Backup;
+  std::mt19937 Random (7);
+  auto Name = [&] {
+    std::string N;
+    for (size_t Length = 1 + Random () % 3; N.size () < Length;) N += Letters[Random () % 6];
+    return N;
+  };
+  for (int I = 0; I < 150; I++) Source.insert (Name ());
+  for (int I = 0; I < 150; I++) Backup.insert (Name ());
+  for (const std::string &N : Source) Put (Src, "m/sub/" + N, "1");
+  for (const std::string &N : Backup) Put (Bak, "m/sub/" + N, "1");
+
+  // The rule, over the backup listing in the file driver's own order.
+  auto Fold = [] (std::string N) {
+    for (char &C : N)
+      if (C >= 'a' && C <= 'z') C = static_cast<char> (C - 'a' + 'A');
+    return N;
+  };
+  FILE_DRIVER_PROTOCOL *Files = Env ().files ().Table ();
+  UINT16 Handle = Files->OpenDirectory (static_cast<UINT8> (Bak), reinterpret_cast<const CHAR8 *> ("\\m\\sub"));
+  UINT16 Count = 0;
+  DIRECTORY_ENTRY *Listing = Files->ReadDirectory (Handle, &Count);
+  std::map<std::string, std::string> FirstOfClass;
+  for (UINT16 I = 0; I < Count; I++) {
+    std::string N = reinterpret_cast<const char *> (Listing[I].Name);
+    if (N != "." && N != "..") FirstOfClass.emplace (Fold (N), N);
+  }
+  Fw ().FreePool (Listing);
+  Files->CloseHandle (Handle);
+  std::multiset<std::pair<std::string, int>> Want;
+  std::set<std::string> SourceClasses;
+  for (const std::string &N : Source) {
+    SourceClasses.insert (Fold (N));
+    if (FirstOfClass.count (Fold (N)) == 0) Want.insert ({N, 10});
+    else if (Backup.count (N) == 0) Want.insert ({N, 2});   // the backup file of this spelling does not exist
+  }
+  for (const std::string &N : Backup)
+    if (SourceClasses.count (Fold (N)) == 0 || FirstOfClass[Fold (N)] != N) Want.insert ({N, 9});
+
+  for (bool RefuseIndex : {false, true}) {
+    gReports.clear ();
+    gSnapshotAtEnd = true;
+    COMPARE_JOB *Job = Start ("\\m");
+    ASSERT_NE (Job, nullptr);
+    while (Job->Depth != 1 || Job->Levels[1].State != 4) Env ().windows ().RunTimerTick ();
+    if (RefuseIndex) Fw ().FailService (env::BootService::AllocatePool, EFI_OUT_OF_RESOURCES);
+    Env ().windows ().RunTimerTick ();   // the level's names are matched
+    Fw ().ClearFailures ();
+    ASSERT_GT (RunToEnd (), 0);
+    std::multiset<std::pair<std::string, int>> Got;
+    for (const StoredEntry &E : StoredEntries (gFinalSnapshot))
+      if (E.IsHeading == 0) Got.insert ({E.Name, E.Code});
+    EXPECT_EQ (Got, Want) << (RefuseIndex ? "without the index" : "with the index");
+    Surveyor ()->FreeCompareSnapshot (gFinalSnapshot);
+    gFinalSnapshot = nullptr;
+  }
 }
 
 TEST_F (CompareWalkTest, FailedLevelsAreHeadingsAndTheWalkGoesOn) {
