@@ -179,6 +179,7 @@ static BOOLEAN RunLevelState (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN At
   switch (Level->State) {
     case 0:
       Level->HeadingAdded = 0;
+      Level->ListingChecked = 0;
       Level->Cursor = 0;
       Level->SourceEntries = nullptr;
       Level->BackupEntries = nullptr;
@@ -273,6 +274,7 @@ BOOLEAN StepEntry (COMPARE_JOB *Job) {
 BOOLEAN NextEntry (COMPARE_JOB *Job) {
   COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
   CloseLevelHandles (Level);
+  Level->ListingChecked = 0;
   Level->Cursor++;
   for (;;) {
     Level = &Job->Levels[Job->Depth];
@@ -335,9 +337,63 @@ BOOLEAN PopLevel (COMPARE_JOB *Job) {
   return FALSE;
 }
 
+// The quick check of a matched file pair by what the two listings say: the
+// message of the difference (with its code), or null when size and time
+// stamp (to the second) agree.
+static const CHAR8 *ListedDifference (const DIRECTORY_ENTRY *Source, const DIRECTORY_ENTRY *Backup, UINT8 *Code) {
+  if (Backup->IsDirectory != 0) {
+    *Code = DIFF_TYPE_DIFFERS;
+    return CmpTextIsADirectory;
+  }
+  if (Source->Size != Backup->Size || Source->Year != Backup->Year || Source->Month != Backup->Month ||
+      Source->Day != Backup->Day || Source->Hour != Backup->Hour || Source->Minute != Backup->Minute ||
+      Source->Second != Backup->Second) {
+    *Code = DIFF_CHANGED;
+    return CmpTextFileChanged;
+  }
+  return nullptr;
+}
+
+// The same check through the two files, opened as L's handles (which stay
+// open when the files agree, for the content comparison); *Size is the
+// source size then.
+static const CHAR8 *OpenedDifference (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN Fits, UINT8 *Code,
+                                      UINT64 *Size) {
+  FILE_INFO SourceInfo;
+  FILE_INFO BackupInfo;
+  ZeroMem (&SourceInfo, sizeof (SourceInfo));
+  ZeroMem (&BackupInfo, sizeof (BackupInfo));
+  if (!Fits || (Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, gCompareScratchPath)) == 0) {
+    *Code = DIFF_OPEN_FAILED;
+    return CmpTextOpenFailed;
+  }
+  if (!gFileDriver->GetFileInfo (Level->SourceHandle, &SourceInfo)) {
+    *Code = DIFF_INFO_FAILED;
+    return CmpTextInfoFailed;
+  }
+  if ((Level->BackupHandle = gFileDriver->OpenDirectory (Job->BackupVolume, gCompareScratchPath)) == 0) {
+    *Code = DIFF_BACKUP_OPEN_FAILED;
+    return CmpTextBackupOpenFailed;
+  }
+  if (!gFileDriver->GetFileInfo (Level->BackupHandle, &BackupInfo)) {
+    *Code = DIFF_BACKUP_INFO_FAILED;
+    return CmpTextBackupInfoFailed;
+  }
+  if (SourceInfo.IsDirectory != 0 || BackupInfo.IsDirectory != 0) {
+    *Code = DIFF_TYPE_DIFFERS;
+    return CmpTextIsADirectory;
+  }
+  if (SourceInfo.Size != BackupInfo.Size || (SourceInfo.TimeStamp >> 8) != (BackupInfo.TimeStamp >> 8)) {
+    *Code = DIFF_CHANGED;
+    return CmpTextFileChanged;
+  }
+  *Size = SourceInfo.Size;
+  return nullptr;
+}
+
 BOOLEAN CompareFile (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
   COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
-  if (Level->SourceHandle != 0) return CompareChunk (Job);
+  if (Level->SourceHandle != 0 || Level->ListingChecked != 0) return CompareChunk (Job);
 
   // Level path, "\", name; a path that does not fit cannot be opened.
   CopyStringN (gCompareScratchPath, Level->Path, sizeof (gCompareScratchPath));
@@ -345,38 +401,25 @@ BOOLEAN CompareFile (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
   UINT16 After = AppendStringN (gCompareScratchPath, Entry->Name, sizeof (gCompareScratchPath));
   BOOLEAN Fits = Before == StringLength (Level->Path) + 1 && After == Before + StringLength (Entry->Name);
 
-  FILE_INFO SourceInfo;
-  FILE_INFO BackupInfo;
-  ZeroMem (&SourceInfo, sizeof (SourceInfo));
-  ZeroMem (&BackupInfo, sizeof (BackupInfo));
-  const CHAR8 *Message = nullptr;
+  // Without a content comparison nothing needs opening when the backup
+  // listing holds the file under the very same name: the listings already
+  // tell size, time and kind, as opening the two files would.
+  const DIRECTORY_ENTRY *Partner =
+      Entry->Partner < Level->BackupCount ? &Level->BackupEntries[Entry->Partner] : nullptr;
+  BOOLEAN ByListing =
+      Job->CompareContents == 0 && Fits && Partner != nullptr && StringsEqual (Partner->Name, Entry->Name);
   UINT8 Code = 0;
-  if (!Fits || (Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, gCompareScratchPath)) == 0) {
-    Message = CmpTextOpenFailed;
-    Code = DIFF_OPEN_FAILED;
-  } else if (!gFileDriver->GetFileInfo (Level->SourceHandle, &SourceInfo)) {
-    Message = CmpTextInfoFailed;
-    Code = DIFF_INFO_FAILED;
-  } else if ((Level->BackupHandle = gFileDriver->OpenDirectory (Job->BackupVolume, gCompareScratchPath)) == 0) {
-    Message = CmpTextBackupOpenFailed;
-    Code = DIFF_BACKUP_OPEN_FAILED;
-  } else if (!gFileDriver->GetFileInfo (Level->BackupHandle, &BackupInfo)) {
-    Message = CmpTextBackupInfoFailed;
-    Code = DIFF_BACKUP_INFO_FAILED;
-  } else if (SourceInfo.IsDirectory != 0 || BackupInfo.IsDirectory != 0) {
-    Message = CmpTextIsADirectory;
-    Code = DIFF_TYPE_DIFFERS;
-  } else if (SourceInfo.Size != BackupInfo.Size || (SourceInfo.TimeStamp >> 8) != (BackupInfo.TimeStamp >> 8)) {
-    Message = CmpTextFileChanged;
-    Code = DIFF_CHANGED;
-  }
+  UINT64 Size = Entry->Size;
+  const CHAR8 *Message =
+      ByListing ? ListedDifference (Entry, Partner, &Code) : OpenedDifference (Job, Level, Fits, &Code, &Size);
   if (Message != nullptr) {
     ReportDifference (Job, Entry->Name, Message, 0, Code);
     CloseLevelHandles (Level);
     return FALSE;
   }
+  Level->ListingChecked = ByListing;
   Level->FileOffset = 0;
-  Level->FileSize = SourceInfo.Size;
+  Level->FileSize = Size;
   return TRUE;
 }
 
