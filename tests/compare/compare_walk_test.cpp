@@ -367,23 +367,35 @@ TEST_F (CompareWalkTest, CancelFreesEverythingAtAnyPoint) {
   }
 }
 
-// A client that cancels its own job while the job reports to it.
+// A client that cancels its own job at its second report and starts another
+// one in the same report: the cancelled job's slot is free at once.
+int gCancellingCalls;
+COMPARE_JOB *gStartedInReport;
 VOID EFIAPI CancellingCallback (COMPARE_JOB *Job, CHAR8 *Line, UINT32 ItemCount, BOOLEAN Finished) {
-  ReportCallback (Job, Line, ItemCount, Finished);
-  if (gReports.size () == 3) gProtocol->CancelCompareJob (Job);
+  if (++gCancellingCalls != 2) return;
+  gProtocol->CancelCompareJob (Job);
+  gProtocol->CancelCompareJob (Job);   // no longer in the table: left alone
+  gStartedInReport = gProtocol->StartCompareJobWithCallback (Job->SourceVolume, Job->BackupVolume,
+                                                             reinterpret_cast<const CHAR8 *> ("\\k"), nullptr);
 }
 
-TEST_F (CompareWalkTest, CancelFromInsideAReport) {
+TEST_F (CompareWalkTest, CancelFromInsideAReportFreesTheSlotAtOnce) {
   Both ("k/keep", "k");
   Put (Src, "k/a", "1");
-  Put (Src, "k/b", "1");
-  Put (Src, "k/c", "1");
+  gCancellingCalls = 0;
+  gStartedInReport = nullptr;
   COMPARE_JOB *Job = Surveyor ()->StartCompareJobWithCallback (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
                                                                reinterpret_cast<const CHAR8 *> ("\\k"),
                                                                CancellingCallback);
   ASSERT_NE (Job, nullptr);
+  COMPARE_JOB *Others[3];
+  for (COMPARE_JOB *&Other : Others) ASSERT_NE (Other = Start ("\\k"), nullptr);   // all four slots taken
+  Env ().windows ().RunTimerTick ();
+  ASSERT_NE (gStartedInReport, nullptr) << "the cancelled job still held its slot";
   for (int I = 0; I < 10; I++) Env ().windows ().RunTimerTick ();
-  EXPECT_EQ (gReports.size (), 3u);
+  EXPECT_EQ (gCancellingCalls, 2) << "no report after the cancel";
+  for (COMPARE_JOB *Other : Others) Surveyor ()->CancelCompareJob (Other);
+  Surveyor ()->CancelCompareJob (gStartedInReport);
   EXPECT_EQ (LiveJobs (), 0u);
 }
 
