@@ -13,6 +13,7 @@
 #define COMPARE_TEXT_SIZE      0x40000
 #define COMPARE_CHUNK_SIZE     65536
 #define COMPARE_MAX_ROOT_PATH  480
+#define COMPARE_MAX_PATH       511   // longest path of a level; deeper folders are passed over
 
 // Progress kinds.
 #define PROGRESS_LEVEL    1

@@ -290,7 +290,7 @@ BOOLEAN PushLevel (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
   COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
   UINTN NameLength = 0;
   while (NameLength < sizeof (Entry->Name) && Entry->Name[NameLength] != 0) NameLength++;
-  if ((UINTN)StringLength (Level->Path) + NameLength + 1 > 511) return FALSE;
+  if ((UINTN)StringLength (Level->Path) + NameLength + 1 > COMPARE_MAX_PATH) return FALSE;
 
   COMPARE_LEVEL *Next = &Job->Levels[Job->Depth + 1];
   CopyString (Next->Path, Level->Path);
@@ -337,9 +337,9 @@ BOOLEAN PopLevel (COMPARE_JOB *Job) {
   return FALSE;
 }
 
-// The quick check of a matched file pair by what the two listings say: the
-// message of the difference (with its code), or null when size and time
-// stamp (to the second) agree.
+// Size, time stamp (to the second) and kind of a matched file pair by what
+// the two listings say: the message of the difference (with its code), or
+// null when they agree.
 static const CHAR8 *ListedDifference (const DIRECTORY_ENTRY *Source, const DIRECTORY_ENTRY *Backup, UINT8 *Code) {
   if (Backup->IsDirectory != 0) {
     *Code = DIFF_TYPE_DIFFERS;
@@ -354,20 +354,29 @@ static const CHAR8 *ListedDifference (const DIRECTORY_ENTRY *Source, const DIREC
   return nullptr;
 }
 
-// The same check through the two files, opened as L's handles (which stay
-// open when the files agree, for the content comparison); *Size is the
-// source size then.
-static const CHAR8 *OpenedDifference (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN Fits, UINT8 *Code,
-                                      UINT64 *Size) {
-  FILE_INFO SourceInfo;
-  FILE_INFO BackupInfo;
-  ZeroMem (&SourceInfo, sizeof (SourceInfo));
-  ZeroMem (&BackupInfo, sizeof (BackupInfo));
+// The same by the information records of the two opened files.
+static const CHAR8 *InfoDifference (const FILE_INFO *Source, const FILE_INFO *Backup, UINT8 *Code) {
+  if (Source->IsDirectory != 0 || Backup->IsDirectory != 0) {
+    *Code = DIFF_TYPE_DIFFERS;
+    return CmpTextIsADirectory;
+  }
+  if (Source->Size != Backup->Size || (Source->TimeStamp >> 8) != (Backup->TimeStamp >> 8)) {
+    *Code = DIFF_CHANGED;
+    return CmpTextFileChanged;
+  }
+  return nullptr;
+}
+
+// Opens the file at the scratch path on both sides as L's handles, reading
+// each one's information record when WithInfo is set: the message of the
+// first failure (with its code), or null.
+static const CHAR8 *OpenFiles (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN Fits, BOOLEAN WithInfo,
+                               FILE_INFO *Source, FILE_INFO *Backup, UINT8 *Code) {
   if (!Fits || (Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, gCompareScratchPath)) == 0) {
     *Code = DIFF_OPEN_FAILED;
     return CmpTextOpenFailed;
   }
-  if (!gFileDriver->GetFileInfo (Level->SourceHandle, &SourceInfo)) {
+  if (WithInfo && !gFileDriver->GetFileInfo (Level->SourceHandle, Source)) {
     *Code = DIFF_INFO_FAILED;
     return CmpTextInfoFailed;
   }
@@ -375,19 +384,10 @@ static const CHAR8 *OpenedDifference (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BO
     *Code = DIFF_BACKUP_OPEN_FAILED;
     return CmpTextBackupOpenFailed;
   }
-  if (!gFileDriver->GetFileInfo (Level->BackupHandle, &BackupInfo)) {
+  if (WithInfo && !gFileDriver->GetFileInfo (Level->BackupHandle, Backup)) {
     *Code = DIFF_BACKUP_INFO_FAILED;
     return CmpTextBackupInfoFailed;
   }
-  if (SourceInfo.IsDirectory != 0 || BackupInfo.IsDirectory != 0) {
-    *Code = DIFF_TYPE_DIFFERS;
-    return CmpTextIsADirectory;
-  }
-  if (SourceInfo.Size != BackupInfo.Size || (SourceInfo.TimeStamp >> 8) != (BackupInfo.TimeStamp >> 8)) {
-    *Code = DIFF_CHANGED;
-    return CmpTextFileChanged;
-  }
-  *Size = SourceInfo.Size;
   return nullptr;
 }
 
@@ -401,25 +401,32 @@ BOOLEAN CompareFile (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
   UINT16 After = AppendStringN (gCompareScratchPath, Entry->Name, sizeof (gCompareScratchPath));
   BOOLEAN Fits = Before == StringLength (Level->Path) + 1 && After == Before + StringLength (Entry->Name);
 
-  // Without a content comparison nothing needs opening when the backup
-  // listing holds the file under the very same name: the listings already
-  // tell size, time and kind, as opening the two files would.
+  // When the backup listing holds the file under the very same name, the two
+  // listings tell size, time and kind as the files' information would: the
+  // files are opened only when their contents are to be compared.
   const DIRECTORY_ENTRY *Partner =
       Entry->Partner < Level->BackupCount ? &Level->BackupEntries[Entry->Partner] : nullptr;
-  BOOLEAN ByListing =
-      Job->CompareContents == 0 && Fits && Partner != nullptr && StringsEqual (Partner->Name, Entry->Name);
+  BOOLEAN Listed = Fits && Partner != nullptr && StringsEqual (Partner->Name, Entry->Name);
+  FILE_INFO SourceInfo;
+  FILE_INFO BackupInfo;
+  ZeroMem (&SourceInfo, sizeof (SourceInfo));
+  ZeroMem (&BackupInfo, sizeof (BackupInfo));
   UINT8 Code = 0;
-  UINT64 Size = Entry->Size;
-  const CHAR8 *Message =
-      ByListing ? ListedDifference (Entry, Partner, &Code) : OpenedDifference (Job, Level, Fits, &Code, &Size);
+  const CHAR8 *Message = nullptr;
+  if (!Listed || Job->CompareContents != 0) {
+    Message = OpenFiles (Job, Level, Fits, !Listed, &SourceInfo, &BackupInfo, &Code);
+  }
+  if (Message == nullptr) {
+    Message = Listed ? ListedDifference (Entry, Partner, &Code) : InfoDifference (&SourceInfo, &BackupInfo, &Code);
+  }
   if (Message != nullptr) {
     ReportDifference (Job, Entry->Name, Message, 0, Code);
     CloseLevelHandles (Level);
     return FALSE;
   }
-  Level->ListingChecked = ByListing;
+  Level->ListingChecked = Level->SourceHandle == 0;
   Level->FileOffset = 0;
-  Level->FileSize = Size;
+  Level->FileSize = Listed ? Entry->Size : SourceInfo.Size;
   return TRUE;
 }
 
