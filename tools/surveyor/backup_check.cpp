@@ -28,37 +28,19 @@ std::string Text (const CHAR8 *Bytes) { return reinterpret_cast<const char *> (B
 // A level path and a name joined as the job joins them.
 std::string Joined (const CHAR8 *Folder, const CHAR8 *Name) { return Text (Folder) + "\\" + Text (Name); }
 
-// Paths under the root "\" carry a doubled separator ("\\a"); one reads better.
-std::string Readable (std::string Path) {
-  if (Path.compare (0, 2, "\\\\") == 0) Path.erase (0, 1);
-  return Path;
-}
-
-void Add (LISTING_NOTES &Sum, const LISTING_NOTES &Notes) {
-  Sum.NameTooLong += Notes.NameTooLong;
-  Sum.NameUnusable += Notes.NameUnusable;
-  Sum.Unreadable += Notes.Unreadable;
-  Sum.OverLimit += Notes.OverLimit;
-  Sum.FolderUnreadable = static_cast<UINT8> (Sum.FolderUnreadable + Notes.FolderUnreadable);
-}
-
-LISTING_NOTES Less (const LISTING_NOTES &All, const LISTING_NOTES &Part) {
-  LISTING_NOTES Out {};
-  Out.NameTooLong = All.NameTooLong - Part.NameTooLong;
-  Out.NameUnusable = All.NameUnusable - Part.NameUnusable;
-  Out.Unreadable = All.Unreadable - Part.Unreadable;
-  Out.OverLimit = All.OverLimit - Part.OverLimit;
-  Out.FolderUnreadable = static_cast<UINT8> (All.FolderUnreadable - Part.FolderUnreadable);
-  return Out;
-}
-
-unsigned Sum (const LISTING_NOTES &Notes) {
-  return Notes.NameTooLong + Notes.NameUnusable + Notes.Unreadable + Notes.OverLimit + Notes.FolderUnreadable;
+uint64_t Sum (const LeftOutCounts &Counts) {
+  uint64_t Total = 0;
+  for (uint64_t Count : Counts) Total += Count;
+  return Total;
 }
 
 }  // namespace
 
-unsigned CheckTally::LeftOutCount (int Side) const { return Sum (LeftOut[Side]); }
+LeftOutCounts CountsOf (const LISTING_NOTES &Notes) {
+  return {Notes.NameTooLong, Notes.NameUnusable, Notes.Unreadable, Notes.OverLimit, Notes.FolderUnreadable};
+}
+
+uint64_t CheckTally::LeftOutCount (int Side) const { return Sum (LeftOut[Side]); }
 
 bool CheckTally::Complete () const {
   return Unreadable == 0 && LongPaths == 0 && TooDeep == 0 && LeftOutCount (0) == 0 && LeftOutCount (1) == 0 &&
@@ -96,7 +78,6 @@ CheckTally BackupCheck::Run (const std::string &Path, bool Contents) {
     while (!Finished_ && Windows.TimerCount () > 0) {
       Windows.RunTimerTick ();
       Windows.PumpMessages ();
-      Tally_.Ticks++;
     }
     Job_ = nullptr;
   }
@@ -105,8 +86,11 @@ CheckTally BackupCheck::Run (const std::string &Path, bool Contents) {
   // between them: what they left out is what the volume's totals hold beyond
   // the folders noted on the way.
   for (int Side = 0; Side < 2; Side++) {
-    LISTING_NOTES Noted = Tally_.LeftOut[Side];
-    NoteLeftOut (RootPath_, Side, Less (Session_.Env ().files ().LeftOutTotals (Side), Noted));
+    LeftOutCounts Root = CountsOf (Session_.Env ().files ().LeftOutTotals (Side));
+    for (size_t Reason = 0; Reason < Root.size (); Reason++) Root[Reason] -= Tally_.LeftOut[Side][Reason];
+    // The volume counts unreadable folders in a byte: the root's is 0 or 1 modulo 256.
+    Root[kUnlistedFolder] %= 256;
+    NoteLeftOut (RootPath_, Side, Root);
   }
   return Tally_;
 }
@@ -147,9 +131,9 @@ void BackupCheck::OnLevel () {
   FILE_DRIVER_PROTOCOL *Files = Session_.Env ().files ().Table ();
   LISTING_NOTES Notes {};
   if (Level.State == 3 && Files->GetListingNotes (Level.SourceHandle, &Notes)) {
-    NoteLeftOut (Text (Level.Path), 0, Notes);
+    NoteLeftOut (Text (Level.Path), 0, CountsOf (Notes));
   } else if (Level.State == 4 && Files->GetListingNotes (Level.BackupHandle, &Notes)) {
-    NoteLeftOut (Text (Level.Path), 1, Notes);
+    NoteLeftOut (Text (Level.Path), 1, CountsOf (Notes));
   }
   ShowProgress ();
 }
@@ -165,10 +149,10 @@ void BackupCheck::OnEntry () {
     std::string Path = Joined (Level.Path, Entry.Name);
     if (Job_->Depth + 1 >= COMPARE_MAX_LEVELS) {
       Tally_.TooDeep++;
-      Print (Readable (Path) + NotCheckedTooDeep ());
+      Print (ReadablePath (Path) + NotCheckedTooDeep ());
     } else if (Path.size () > COMPARE_MAX_PATH) {
       Tally_.LongPaths++;
-      Print (Readable (Path) + NotCheckedLongPath ());
+      Print (ReadablePath (Path) + NotCheckedLongPath ());
     }
   }
   ShowProgress ();
@@ -250,7 +234,7 @@ void BackupCheck::OnFinished () {
   // Cut short: count what the open folders still held (entries after each
   // cursor, and the unmatched ones whose report comes when a folder is left).
   Tally_.Overflowed = true;
-  Tally_.StoppedIn = Readable (Text (Job_->Levels[Job_->Depth].Path));
+  Tally_.StoppedIn = ReadablePath (Text (Job_->Levels[Job_->Depth].Path));
   for (UINT16 Depth = 0; Depth <= Job_->Depth; Depth++) {
     const COMPARE_LEVEL &Level = Job_->Levels[Depth];
     if (Level.State != LEVEL_STATE_PROCESSING) continue;
@@ -262,10 +246,10 @@ void BackupCheck::OnFinished () {
   }
 }
 
-void BackupCheck::NoteLeftOut (const std::string &Folder, int Side, const LISTING_NOTES &Notes) {
-  if (Sum (Notes) == 0) return;
-  Add (Tally_.LeftOut[Side], Notes);
-  Print (Readable (Folder) + NotCheckedLeftOut (Side, Notes));
+void BackupCheck::NoteLeftOut (const std::string &Folder, int Side, const LeftOutCounts &Counts) {
+  if (Sum (Counts) == 0) return;
+  for (size_t Reason = 0; Reason < Counts.size (); Reason++) Tally_.LeftOut[Side][Reason] += Counts[Reason];
+  Print (ReadablePath (Folder) + NotCheckedLeftOut (Side, Counts));
 }
 
 void BackupCheck::Print (const std::string &Line) {
@@ -280,7 +264,7 @@ void BackupCheck::ShowProgress () {
   if (Now - LastProgress_ < kProgressEveryMs) return;
   LastProgress_ = Now;
   std::fflush (Out_);
-  std::string Shown = WalkProgress (Readable (Text (Job_->Levels[Job_->Depth].Path)), Tally_.Items);
+  std::string Shown = WalkProgress (ReadablePath (Text (Job_->Levels[Job_->Depth].Path)), Tally_.Items);
   ClearProgress ();
   std::fputs (Shown.c_str (), Progress_);
   std::fflush (Progress_);

@@ -7,6 +7,7 @@
 // filled up before the walk was over.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -18,11 +19,15 @@
 
 namespace surveyor {
 
+// What the file driver's listings left out, by reason, summed over folders.
+enum LeftOutReason { kNameTooLong, kNameUnusable, kUnreadableEntry, kOverLimit, kUnlistedFolder, kLeftOutReasons };
+using LeftOutCounts = std::array<uint64_t, kLeftOutReasons>;
+LeftOutCounts CountsOf (const LISTING_NOTES &Notes);
+
 struct CheckTally {
   bool Started = false;          // the job ran; false: its start failed
   bool SourceMissing = false;    // the path compared is missing or unreadable in the source
   uint32_t Items = 0;            // entries examined
-  unsigned Ticks = 0;
 
   // Difference lines, by what they say.
   unsigned New = 0, Deleted = 0, Changed = 0, KindDiffers = 0;
@@ -31,14 +36,14 @@ struct CheckTally {
   unsigned Unreadable = 0;       // lines of entries or folders that could not be opened or read
   unsigned LongPaths = 0;        // files and folders whose path is longer than 511 bytes
   unsigned TooDeep = 0;          // folders more than 31 levels below the path compared
-  LISTING_NOTES LeftOut[2] {};   // what the source and the backup listings left out
+  LeftOutCounts LeftOut[2] {};   // what the source and the backup listings left out
   bool Overflowed = false;       // the job's list of differences filled up
   unsigned Unlisted = 0;         // differences the job found but could not list (at least)
   std::string StoppedIn;         // the folder where a walk cut short stopped
   unsigned NotReached = 0;       // entries of the open folders it did not reach then
 
   unsigned Differences () const { return New + Deleted + Changed + KindDiffers; }
-  unsigned LeftOutCount (int Side) const;
+  uint64_t LeftOutCount (int Side) const;
   bool Complete () const;
 };
 
@@ -63,7 +68,7 @@ class BackupCheck {
   void Print (const std::string &Line);
   void ShowProgress ();
   void ClearProgress ();
-  void NoteLeftOut (const std::string &Folder, int Side, const LISTING_NOTES &Notes);
+  void NoteLeftOut (const std::string &Folder, int Side, const LeftOutCounts &Counts);
 
   Session &Session_;
   Language Lang_;

@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "compare/compare_records.h"
-#include "tools/surveyor/backup_check.h"
 
 namespace surveyor {
 
@@ -31,23 +30,17 @@ std::string Joined (const std::vector<std::string> &Parts, const char *By) {
   return Out;
 }
 
-// What listings left out, by reason: Number per reason from Pick, worded with its own nouns.
-struct LeftOutReason {
-  UINT32 (*Pick) (const LISTING_NOTES &);
+// The nouns of each reason a listing leaves entries out, by LeftOutReason.
+struct Nouns {
   const char *One, *Many;
 };
-const LeftOutReason kLeftOutReasons[] = {
-    {[] (const LISTING_NOTES &N) -> UINT32 { return N.NameTooLong; }, "name longer than 191 bytes",
-     "names longer than 191 bytes"},
-    {[] (const LISTING_NOTES &N) -> UINT32 { return N.NameUnusable; }, "name holding a backslash",
-     "names holding a backslash"},
-    {[] (const LISTING_NOTES &N) -> UINT32 { return N.Unreadable; },
-     "entry the file driver could not read (a link leading nowhere or out of the volume, a device, a pipe)",
+const Nouns kLeftOutNouns[kLeftOutReasons] = {
+    {"name longer than 191 bytes", "names longer than 191 bytes"},
+    {"name holding a backslash", "names holding a backslash"},
+    {"entry the file driver could not read (a link leading nowhere or out of the volume, a device, a pipe)",
      "entries the file driver could not read (links leading nowhere or out of the volume, devices, pipes)"},
-    {[] (const LISTING_NOTES &N) -> UINT32 { return N.OverLimit; }, "entry beyond the 65,535 a folder can list",
-     "entries beyond the 65,535 a folder can list"},
-    {[] (const LISTING_NOTES &N) -> UINT32 { return N.FolderUnreadable; }, "folder that could not be listed",
-     "folders that could not be listed"},
+    {"entry beyond the 65,535 a folder can list", "entries beyond the 65,535 a folder can list"},
+    {"folder that could not be listed", "folders that could not be listed"},
 };
 
 const char *SideName (int Side) { return Side == 0 ? "source" : "backup"; }
@@ -60,12 +53,13 @@ std::string NotCheckedLongPath () { return " - not checked: its path is longer t
 
 std::string PathTooLongRemark () { return " (its path is longer than 511 bytes)"; }
 
-std::string NotCheckedLeftOut (int Side, const LISTING_NOTES &Notes) {
-  if (Notes.FolderUnreadable != 0)
+std::string NotCheckedLeftOut (int Side, const LeftOutCounts &Counts) {
+  if (Counts[kUnlistedFolder] != 0)
     return std::string (" - not checked: the ") + SideName (Side) + " folder could not be listed";
   std::vector<std::string> Parts;
-  for (const LeftOutReason &Reason : kLeftOutReasons)
-    if (UINT32 Number = Reason.Pick (Notes)) Parts.push_back (Count (Number, Reason.One, Reason.Many));
+  for (size_t Reason = 0; Reason < Counts.size (); Reason++)
+    if (Counts[Reason] != 0)
+      Parts.push_back (Count (Counts[Reason], kLeftOutNouns[Reason].One, kLeftOutNouns[Reason].Many));
   return std::string (" - not checked in the ") + SideName (Side) + ": " + Joined (Parts, ", ");
 }
 
@@ -108,11 +102,11 @@ std::vector<std::string> Summary (const CheckTally &Tally, double Seconds) {
                              "files or folders whose paths are longer than 511 bytes"));
   if (Tally.TooDeep)
     Missed.push_back (Count (Tally.TooDeep, "folder more than 31 levels deep", "folders more than 31 levels deep"));
-  for (const LeftOutReason &Reason : kLeftOutReasons) {
-    UINT32 Source = Reason.Pick (Tally.LeftOut[0]), Backup = Reason.Pick (Tally.LeftOut[1]);
+  for (size_t Reason = 0; Reason < kLeftOutReasons; Reason++) {
+    uint64_t Source = Tally.LeftOut[0][Reason], Backup = Tally.LeftOut[1][Reason];
     if (Source + Backup == 0) continue;
-    Missed.push_back (Count (Source + Backup, Reason.One, Reason.Many) + " (source " + Grouped (Source) +
-                      ", backup " + Grouped (Backup) + ")");
+    Missed.push_back (Count (Source + Backup, kLeftOutNouns[Reason].One, kLeftOutNouns[Reason].Many) + " (source " +
+                      Grouped (Source) + ", backup " + Grouped (Backup) + ")");
   }
   if (Tally.Overflowed) {
     std::string Full = "the list of differences filled up (" + Grouped (COMPARE_MAX_ENTRIES) + " entries)";

@@ -7,11 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "services/file_driver.h"
+#include "tools/surveyor/backup_check.h"
 
 namespace surveyor {
-
-struct CheckTally;
 
 // Appended to the path of a folder the job passes over.
 std::string NotCheckedTooDeep ();
@@ -19,7 +17,7 @@ std::string NotCheckedLongPath ();
 // Appended to a file's "could not open" line when its path is what failed.
 std::string PathTooLongRemark ();
 // Appended to a folder's path: what one side's listing of it left out (Side 0 the source, 1 the backup).
-std::string NotCheckedLeftOut (int Side, const LISTING_NOTES &Notes);
+std::string NotCheckedLeftOut (int Side, const LeftOutCounts &Counts);
 
 std::string WalkProgress (const std::string &Folder, uint32_t Items);
 

@@ -124,12 +124,6 @@ bool Match (const std::string &Line, const JobText &Text, DifferenceLine &Out) {
   return true;
 }
 
-// Subjects under the root "\" carry a doubled separator ("\\a"); one reads better.
-std::string Readable (std::string Subject) {
-  if (Subject.compare (0, 2, "\\\\") == 0) Subject.erase (0, 1);
-  return Subject;
-}
-
 std::string Replace (std::string Text, const char *Placeholder, const std::string &By) {
   size_t At = Text.find (Placeholder);
   if (At != std::string::npos) Text.replace (At, 2, By);
@@ -138,12 +132,16 @@ std::string Replace (std::string Text, const char *Placeholder, const std::strin
 
 }  // namespace
 
+std::string ReadablePath (std::string Path) {
+  if (Path.compare (0, 2, "\\\\") == 0) Path.erase (0, 1);
+  return Path;
+}
+
 bool ParseDifferenceLine (const std::string &Line, DifferenceLine &Out) {
   for (const JobText &Text : kTexts) {
     DifferenceLine Found;
     if (!Match (Line, Text, Found)) continue;
     Found.Text = &Text;
-    if (Found.TextBytes.empty ()) Found.TextBytes = reinterpret_cast<const char *> (Text.Bytes);
     Out = Found;
     return true;
   }
@@ -155,7 +153,7 @@ Finding FindingOf (const DifferenceLine &Line) { return Line.Text->What; }
 bool IsOpenFailure (const DifferenceLine &Line) { return Line.Text->Bytes == CmpTextOpenFailed; }
 
 std::string TellDifference (const DifferenceLine &Line, Language In, const std::string &Subject) {
-  std::string Who = Readable (Subject.empty () ? Line.Subject : Subject);
+  std::string Who = ReadablePath (Subject.empty () ? Line.Subject : Subject);
   const JobText &Text = *Line.Text;
   if (In == Language::English) {
     std::string Said = Replace (Replace (Text.English, "%d", Line.Number), "%a", Who);

@@ -31,7 +31,7 @@ struct DifferenceLine {
   bool Indented = false;     // an entry filed under the heading before it
   const JobText *Text = nullptr;
   std::string Number;        // the number in the text, for the texts that hold one
-  std::string TextBytes;     // the text as the line has it (GBK), number included
+  std::string TextBytes;     // of a text after " - ": as the line has it (GBK), number included
 };
 
 // False when the line ends in none of the job's fixed texts.
@@ -40,6 +40,10 @@ bool ParseDifferenceLine (const std::string &Line, DifferenceLine &Out);
 Finding FindingOf (const DifferenceLine &Line);
 // True for the "could not open the file" text, which a path too long also gives.
 bool IsOpenFailure (const DifferenceLine &Line);
+
+// A path of the job as it reads best: paths under the root "\" carry a
+// doubled separator ("\\a"), which is made one.
+std::string ReadablePath (std::string Path);
 
 // The line again in the given language, naming Subject (raw bytes of the
 // host's names) instead of the job's shortened form when it is not empty.
