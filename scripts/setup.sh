@@ -7,7 +7,7 @@ set -eu
 
 PACKAGES="build-essential cmake g++ clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev
 gnu-efi ovmf qemu-system-x86 mtools dosfstools gdisk python3 libstb-dev libjpeg-dev libpng-dev libsdl2-dev unifont
-xvfb xauth"
+xvfb xauth rsync"
 
 Missing=""
 for Package in $PACKAGES; do

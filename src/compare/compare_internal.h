@@ -13,7 +13,6 @@ extern CHAR8 gCompareScratchPath[512];
 BOOLEAN BeginWalk (COMPARE_JOB *Job);
 BOOLEAN CheckRootPath (COMPARE_JOB *Job);
 BOOLEAN CompareRootLevel (COMPARE_JOB *Job, COMPARE_LEVEL *Level);
-VOID MatchEntries (COMPARE_LEVEL *Level);
 VOID StepLevel (COMPARE_JOB *Job, COMPARE_LEVEL *Level);
 BOOLEAN StepEntry (COMPARE_JOB *Job);
 BOOLEAN NextEntry (COMPARE_JOB *Job);
@@ -21,6 +20,8 @@ BOOLEAN PushLevel (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry);
 BOOLEAN PopLevel (COMPARE_JOB *Job);
 BOOLEAN CompareFile (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry);
 BOOLEAN CompareChunk (COMPARE_JOB *Job);
+// Pairs the names of a level's two listings (compare_match.cpp).
+VOID MatchEntries (COMPARE_LEVEL *Level);
 // Frees both listings of a level and closes its handles.
 VOID ReleaseLevel (COMPARE_LEVEL *Level);
 

@@ -167,11 +167,14 @@ COMPARE_JOB *EFIAPI StartCompareJobWithCallback (UINT8 SourceVolume, UINT8 Backu
 }
 
 VOID EFIAPI CancelCompareJob (COMPARE_JOB *Job) {
-  if (JobSlot (Job) < 0) return;
+  INTN Slot = JobSlot (Job);
+  if (Slot < 0) return;
   if (Job == gRunningJob) {
-    // Cancelled from inside one of its own reports: stop the timer now, free
-    // the job once the step in progress has returned.
+    // Cancelled from inside one of its own reports: the timer stops and the
+    // slot is free at once (a start made in the same report may take it);
+    // the memory goes once the step in progress has returned.
     gWindowBase->KillTimer (CompareTimerTick, Job);
+    gCompareJobs[Slot] = nullptr;
     gRunningCancelled = TRUE;
     return;
   }

@@ -13,6 +13,7 @@
 #define COMPARE_TEXT_SIZE      0x40000
 #define COMPARE_CHUNK_SIZE     65536
 #define COMPARE_MAX_ROOT_PATH  480
+#define COMPARE_MAX_PATH       511   // longest path of a level; deeper folders are passed over
 
 // Progress kinds.
 #define PROGRESS_LEVEL    1
@@ -41,7 +42,8 @@
 typedef struct {
   CHAR8 Path[512];             // 0
   UINT16 Cursor;               // 512
-  UINT8 Reserved1[6];          // 514
+  UINT8 ListingChecked;        // 514 the current file was found equal by its listed size and time
+  UINT8 Reserved1[5];          // 515
   DIRECTORY_ENTRY *SourceEntries;  // 520
   DIRECTORY_ENTRY *BackupEntries;  // 528
   UINT16 SourceCount;          // 536
@@ -102,6 +104,7 @@ typedef struct COMPARE_JOB {
 
 static_assert (sizeof (COMPARE_LEVEL) == 568);
 static_assert (offsetof (COMPARE_LEVEL, Cursor) == 512 && offsetof (COMPARE_LEVEL, SourceEntries) == 520);
+static_assert (offsetof (COMPARE_LEVEL, ListingChecked) == 514);
 static_assert (offsetof (COMPARE_LEVEL, BackupEntries) == 528 && offsetof (COMPARE_LEVEL, SourceCount) == 536);
 static_assert (offsetof (COMPARE_LEVEL, BackupCount) == 538 && offsetof (COMPARE_LEVEL, SourceHandle) == 540);
 static_assert (offsetof (COMPARE_LEVEL, BackupHandle) == 542 && offsetof (COMPARE_LEVEL, FileSize) == 544);

@@ -129,21 +129,6 @@ BOOLEAN BeginWalk (COMPARE_JOB *Job) {
   return TRUE;
 }
 
-VOID MatchEntries (COMPARE_LEVEL *Level) {
-  for (UINT16 B = 0; B < Level->BackupCount; B++) Level->BackupEntries[B].Matched = 0;
-  for (UINT16 S = 0; S < Level->SourceCount; S++) {
-    DIRECTORY_ENTRY *Source = &Level->SourceEntries[S];
-    Source->Matched = 0;
-    for (UINT16 B = 0; B < Level->BackupCount; B++) {
-      if (NamesEqual (Source->Name, Level->BackupEntries[B].Name)) {
-        Source->Matched = 1;
-        Level->BackupEntries[B].Matched = 1;
-        break;
-      }
-    }
-  }
-}
-
 // A level's failure: stored and reported under the level's own path.
 static VOID FailLevel (COMPARE_JOB *Job, COMPARE_LEVEL *Level, const CHAR8 *Message, UINT8 Code) {
   ReportDifference (Job, Level->Path, Message, 1, Code);
@@ -194,6 +179,7 @@ static BOOLEAN RunLevelState (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN At
   switch (Level->State) {
     case 0:
       Level->HeadingAdded = 0;
+      Level->ListingChecked = 0;
       Level->Cursor = 0;
       Level->SourceEntries = nullptr;
       Level->BackupEntries = nullptr;
@@ -288,6 +274,7 @@ BOOLEAN StepEntry (COMPARE_JOB *Job) {
 BOOLEAN NextEntry (COMPARE_JOB *Job) {
   COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
   CloseLevelHandles (Level);
+  Level->ListingChecked = 0;
   Level->Cursor++;
   for (;;) {
     Level = &Job->Levels[Job->Depth];
@@ -303,7 +290,7 @@ BOOLEAN PushLevel (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
   COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
   UINTN NameLength = 0;
   while (NameLength < sizeof (Entry->Name) && Entry->Name[NameLength] != 0) NameLength++;
-  if ((UINTN)StringLength (Level->Path) + NameLength + 1 > 511) return FALSE;
+  if ((UINTN)StringLength (Level->Path) + NameLength + 1 > COMPARE_MAX_PATH) return FALSE;
 
   COMPARE_LEVEL *Next = &Job->Levels[Job->Depth + 1];
   CopyString (Next->Path, Level->Path);
@@ -350,9 +337,63 @@ BOOLEAN PopLevel (COMPARE_JOB *Job) {
   return FALSE;
 }
 
+// Size, time stamp (to the second) and kind of a matched file pair by what
+// the two listings say: the message of the difference (with its code), or
+// null when they agree.
+static const CHAR8 *ListedDifference (const DIRECTORY_ENTRY *Source, const DIRECTORY_ENTRY *Backup, UINT8 *Code) {
+  if (Backup->IsDirectory != 0) {
+    *Code = DIFF_TYPE_DIFFERS;
+    return CmpTextIsADirectory;
+  }
+  if (Source->Size != Backup->Size || Source->Year != Backup->Year || Source->Month != Backup->Month ||
+      Source->Day != Backup->Day || Source->Hour != Backup->Hour || Source->Minute != Backup->Minute ||
+      Source->Second != Backup->Second) {
+    *Code = DIFF_CHANGED;
+    return CmpTextFileChanged;
+  }
+  return nullptr;
+}
+
+// The same by the information records of the two opened files.
+static const CHAR8 *InfoDifference (const FILE_INFO *Source, const FILE_INFO *Backup, UINT8 *Code) {
+  if (Source->IsDirectory != 0 || Backup->IsDirectory != 0) {
+    *Code = DIFF_TYPE_DIFFERS;
+    return CmpTextIsADirectory;
+  }
+  if (Source->Size != Backup->Size || (Source->TimeStamp >> 8) != (Backup->TimeStamp >> 8)) {
+    *Code = DIFF_CHANGED;
+    return CmpTextFileChanged;
+  }
+  return nullptr;
+}
+
+// Opens the file at the scratch path on both sides as L's handles, reading
+// each one's information record when WithInfo is set: the message of the
+// first failure (with its code), or null.
+static const CHAR8 *OpenFiles (COMPARE_JOB *Job, COMPARE_LEVEL *Level, BOOLEAN Fits, BOOLEAN WithInfo,
+                               FILE_INFO *Source, FILE_INFO *Backup, UINT8 *Code) {
+  if (!Fits || (Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, gCompareScratchPath)) == 0) {
+    *Code = DIFF_OPEN_FAILED;
+    return CmpTextOpenFailed;
+  }
+  if (WithInfo && !gFileDriver->GetFileInfo (Level->SourceHandle, Source)) {
+    *Code = DIFF_INFO_FAILED;
+    return CmpTextInfoFailed;
+  }
+  if ((Level->BackupHandle = gFileDriver->OpenDirectory (Job->BackupVolume, gCompareScratchPath)) == 0) {
+    *Code = DIFF_BACKUP_OPEN_FAILED;
+    return CmpTextBackupOpenFailed;
+  }
+  if (WithInfo && !gFileDriver->GetFileInfo (Level->BackupHandle, Backup)) {
+    *Code = DIFF_BACKUP_INFO_FAILED;
+    return CmpTextBackupInfoFailed;
+  }
+  return nullptr;
+}
+
 BOOLEAN CompareFile (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
   COMPARE_LEVEL *Level = &Job->Levels[Job->Depth];
-  if (Level->SourceHandle != 0) return CompareChunk (Job);
+  if (Level->SourceHandle != 0 || Level->ListingChecked != 0) return CompareChunk (Job);
 
   // Level path, "\", name; a path that does not fit cannot be opened.
   CopyStringN (gCompareScratchPath, Level->Path, sizeof (gCompareScratchPath));
@@ -360,38 +401,32 @@ BOOLEAN CompareFile (COMPARE_JOB *Job, DIRECTORY_ENTRY *Entry) {
   UINT16 After = AppendStringN (gCompareScratchPath, Entry->Name, sizeof (gCompareScratchPath));
   BOOLEAN Fits = Before == StringLength (Level->Path) + 1 && After == Before + StringLength (Entry->Name);
 
+  // When the backup listing holds the file under the very same name, the two
+  // listings tell size, time and kind as the files' information would: the
+  // files are opened only when their contents are to be compared.
+  const DIRECTORY_ENTRY *Partner =
+      Entry->Partner < Level->BackupCount ? &Level->BackupEntries[Entry->Partner] : nullptr;
+  BOOLEAN Listed = Fits && Partner != nullptr && StringsEqual (Partner->Name, Entry->Name);
   FILE_INFO SourceInfo;
   FILE_INFO BackupInfo;
   ZeroMem (&SourceInfo, sizeof (SourceInfo));
   ZeroMem (&BackupInfo, sizeof (BackupInfo));
-  const CHAR8 *Message = nullptr;
   UINT8 Code = 0;
-  if (!Fits || (Level->SourceHandle = gFileDriver->OpenDirectory (Job->SourceVolume, gCompareScratchPath)) == 0) {
-    Message = CmpTextOpenFailed;
-    Code = DIFF_OPEN_FAILED;
-  } else if (!gFileDriver->GetFileInfo (Level->SourceHandle, &SourceInfo)) {
-    Message = CmpTextInfoFailed;
-    Code = DIFF_INFO_FAILED;
-  } else if ((Level->BackupHandle = gFileDriver->OpenDirectory (Job->BackupVolume, gCompareScratchPath)) == 0) {
-    Message = CmpTextBackupOpenFailed;
-    Code = DIFF_BACKUP_OPEN_FAILED;
-  } else if (!gFileDriver->GetFileInfo (Level->BackupHandle, &BackupInfo)) {
-    Message = CmpTextBackupInfoFailed;
-    Code = DIFF_BACKUP_INFO_FAILED;
-  } else if (SourceInfo.IsDirectory != 0 || BackupInfo.IsDirectory != 0) {
-    Message = CmpTextIsADirectory;
-    Code = DIFF_TYPE_DIFFERS;
-  } else if (SourceInfo.Size != BackupInfo.Size || (SourceInfo.TimeStamp >> 8) != (BackupInfo.TimeStamp >> 8)) {
-    Message = CmpTextFileChanged;
-    Code = DIFF_CHANGED;
+  const CHAR8 *Message = nullptr;
+  if (!Listed || Job->CompareContents != 0) {
+    Message = OpenFiles (Job, Level, Fits, !Listed, &SourceInfo, &BackupInfo, &Code);
+  }
+  if (Message == nullptr) {
+    Message = Listed ? ListedDifference (Entry, Partner, &Code) : InfoDifference (&SourceInfo, &BackupInfo, &Code);
   }
   if (Message != nullptr) {
     ReportDifference (Job, Entry->Name, Message, 0, Code);
     CloseLevelHandles (Level);
     return FALSE;
   }
+  Level->ListingChecked = Level->SourceHandle == 0;
   Level->FileOffset = 0;
-  Level->FileSize = SourceInfo.Size;
+  Level->FileSize = Listed ? Entry->Size : SourceInfo.Size;
   return TRUE;
 }
 

@@ -40,10 +40,20 @@ VOID *SetMem (VOID *Buffer, UINTN Length, UINT8 Value) {
 
 VOID *ZeroMem (VOID *Buffer, UINTN Length) { return SetMem (Buffer, Length, 0); }
 
+// Words are read through this type so that unaligned addresses and any
+// stored type are allowed (no alignment or aliasing assumptions).
+typedef UINTN __attribute__ ((may_alias, aligned (1))) UNALIGNED_WORD;
+
 INTN CompareMem (const VOID *A, const VOID *B, UINTN Length) {
   const UINT8 *X = static_cast<const UINT8 *> (A);
   const UINT8 *Y = static_cast<const UINT8 *> (B);
-  for (UINTN I = 0; I < Length; I++)
+  UINTN I = 0;
+  // A word at a time up to the first word that differs; its bytes, and the
+  // tail shorter than a word, are then compared one by one.
+  while (Length - I >= sizeof (UINTN) &&
+         *reinterpret_cast<const UNALIGNED_WORD *> (X + I) == *reinterpret_cast<const UNALIGNED_WORD *> (Y + I))
+    I += sizeof (UINTN);
+  for (; I < Length; I++)
     if (X[I] != Y[I]) return (INTN)X[I] - (INTN)Y[I];
   return 0;
 }

@@ -35,7 +35,7 @@ typedef struct {
   UINT8 Second;                // 206
   UINT8 IsDirectory;           // 207
   UINT16 Matched;              // 208 free for the caller (the comparison marks matched entries here)
-  UINT16 Reserved;             // 210
+  UINT16 Partner;              // 210 free for the caller (the comparison keeps the matched entry's index here)
   UINT32 EntryWord;            // 212
 } DIRECTORY_ENTRY;
 

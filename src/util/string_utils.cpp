@@ -87,6 +87,13 @@ BOOLEAN NamesEqual (const CHAR8 *A, const CHAR8 *B) {
   return TRUE;
 }
 
+INTN CompareNames (const CHAR8 *A, const CHAR8 *B) {
+  for (UINTN I = 0;; I++) {
+    UINT8 X = Upper (A[I]), Y = Upper (B[I]);
+    if (X != Y || X == 0) return (INTN)X - (INTN)Y;
+  }
+}
+
 VOID AppendFitted (CHAR8 *Destination, const CHAR8 *Source, UINT16 Limit) {
   UINT16 D = StringLength (Destination);
   UINT16 S = StringLength (Source);

@@ -12,6 +12,9 @@ UINT16 AppendStringN (CHAR8 *Destination, const CHAR8 *Source, UINT16 Size);
 BOOLEAN StringsEqual (const CHAR8 *A, const CHAR8 *B);
 // Equal length, ASCII letters compared without case, other bytes exactly.
 BOOLEAN NamesEqual (const CHAR8 *A, const CHAR8 *B);
+// An order of names in which exactly the names that NamesEqual calls equal
+// compare as 0: byte by byte after raising a to z to A to Z.
+INTN CompareNames (const CHAR8 *A, const CHAR8 *B);
 // Appends Source so that Destination stays shorter than Limit bytes, cutting
 // Source in its middle with "..." and never splitting a two-byte character.
 VOID AppendFitted (CHAR8 *Destination, const CHAR8 *Source, UINT16 Limit);

@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <random>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -154,6 +157,70 @@ TEST_F (CompareWalkTest, NamesMatchWithoutAsciiCaseOnly) {
   EXPECT_EQ (gFinalSnapshot->DeletedCount, 1u);
 }
 
+// Many names that fall into few classes of names equal but for ASCII case:
+// new, deleted and unopenable entries must follow the first-match rule over
+// the backup listing, with the name index and, when its memory is refused,
+// without it.
+TEST_F (CompareWalkTest, MatchingFollowsTheFirstMatchRuleOverWholeListings) {
+  const std::string Letters[] = {"a", "A", "b", "B", "\xE0", "\xC0"};
+  std::set<std::string> Source, Backup;
+  std::mt19937 Random (7);
+  auto Name = [&] {
+    std::string N;
+    for (size_t Length = 1 + Random () % 3; N.size () < Length;) N += Letters[Random () % 6];
+    return N;
+  };
+  for (int I = 0; I < 150; I++) Source.insert (Name ());
+  for (int I = 0; I < 150; I++) Backup.insert (Name ());
+  for (const std::string &N : Source) Put (Src, "m/sub/" + N, "1");
+  for (const std::string &N : Backup) Put (Bak, "m/sub/" + N, "1");
+
+  // The rule, over the backup listing in the file driver's own order.
+  auto Fold = [] (std::string N) {
+    for (char &C : N)
+      if (C >= 'a' && C <= 'z') C = static_cast<char> (C - 'a' + 'A');
+    return N;
+  };
+  FILE_DRIVER_PROTOCOL *Files = Env ().files ().Table ();
+  UINT16 Handle = Files->OpenDirectory (static_cast<UINT8> (Bak), reinterpret_cast<const CHAR8 *> ("\\m\\sub"));
+  UINT16 Count = 0;
+  DIRECTORY_ENTRY *Listing = Files->ReadDirectory (Handle, &Count);
+  std::map<std::string, std::string> FirstOfClass;
+  for (UINT16 I = 0; I < Count; I++) {
+    std::string N = reinterpret_cast<const char *> (Listing[I].Name);
+    if (N != "." && N != "..") FirstOfClass.emplace (Fold (N), N);
+  }
+  Fw ().FreePool (Listing);
+  Files->CloseHandle (Handle);
+  std::multiset<std::pair<std::string, int>> Want;
+  std::set<std::string> SourceClasses;
+  for (const std::string &N : Source) {
+    SourceClasses.insert (Fold (N));
+    if (FirstOfClass.count (Fold (N)) == 0) Want.insert ({N, 10});
+    else if (Backup.count (N) == 0) Want.insert ({N, 2});   // the backup file of this spelling does not exist
+  }
+  for (const std::string &N : Backup)
+    if (SourceClasses.count (Fold (N)) == 0 || FirstOfClass[Fold (N)] != N) Want.insert ({N, 9});
+
+  for (bool RefuseIndex : {false, true}) {
+    gReports.clear ();
+    gSnapshotAtEnd = true;
+    COMPARE_JOB *Job = Start ("\\m");
+    ASSERT_NE (Job, nullptr);
+    while (Job->Depth != 1 || Job->Levels[1].State != 4) Env ().windows ().RunTimerTick ();
+    if (RefuseIndex) Fw ().FailService (env::BootService::AllocatePool, EFI_OUT_OF_RESOURCES);
+    Env ().windows ().RunTimerTick ();   // the level's names are matched
+    Fw ().ClearFailures ();
+    ASSERT_GT (RunToEnd (), 0);
+    std::multiset<std::pair<std::string, int>> Got;
+    for (const StoredEntry &E : StoredEntries (gFinalSnapshot))
+      if (E.IsHeading == 0) Got.insert ({E.Name, E.Code});
+    EXPECT_EQ (Got, Want) << (RefuseIndex ? "without the index" : "with the index");
+    Surveyor ()->FreeCompareSnapshot (gFinalSnapshot);
+    gFinalSnapshot = nullptr;
+  }
+}
+
 TEST_F (CompareWalkTest, FailedLevelsAreHeadingsAndTheWalkGoesOn) {
   // "Sub" and "sub" match; the backup folder of the source's spelling cannot
   // be opened on the case-telling host: code 2, one more item, then the walk
@@ -300,23 +367,35 @@ TEST_F (CompareWalkTest, CancelFreesEverythingAtAnyPoint) {
   }
 }
 
-// A client that cancels its own job while the job reports to it.
+// A client that cancels its own job at its second report and starts another
+// one in the same report: the cancelled job's slot is free at once.
+int gCancellingCalls;
+COMPARE_JOB *gStartedInReport;
 VOID EFIAPI CancellingCallback (COMPARE_JOB *Job, CHAR8 *Line, UINT32 ItemCount, BOOLEAN Finished) {
-  ReportCallback (Job, Line, ItemCount, Finished);
-  if (gReports.size () == 3) gProtocol->CancelCompareJob (Job);
+  if (++gCancellingCalls != 2) return;
+  gProtocol->CancelCompareJob (Job);
+  gProtocol->CancelCompareJob (Job);   // no longer in the table: left alone
+  gStartedInReport = gProtocol->StartCompareJobWithCallback (Job->SourceVolume, Job->BackupVolume,
+                                                             reinterpret_cast<const CHAR8 *> ("\\k"), nullptr);
 }
 
-TEST_F (CompareWalkTest, CancelFromInsideAReport) {
+TEST_F (CompareWalkTest, CancelFromInsideAReportFreesTheSlotAtOnce) {
   Both ("k/keep", "k");
   Put (Src, "k/a", "1");
-  Put (Src, "k/b", "1");
-  Put (Src, "k/c", "1");
+  gCancellingCalls = 0;
+  gStartedInReport = nullptr;
   COMPARE_JOB *Job = Surveyor ()->StartCompareJobWithCallback (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
                                                                reinterpret_cast<const CHAR8 *> ("\\k"),
                                                                CancellingCallback);
   ASSERT_NE (Job, nullptr);
+  COMPARE_JOB *Others[3];
+  for (COMPARE_JOB *&Other : Others) ASSERT_NE (Other = Start ("\\k"), nullptr);   // all four slots taken
+  Env ().windows ().RunTimerTick ();
+  ASSERT_NE (gStartedInReport, nullptr) << "the cancelled job still held its slot";
   for (int I = 0; I < 10; I++) Env ().windows ().RunTimerTick ();
-  EXPECT_EQ (gReports.size (), 3u);
+  EXPECT_EQ (gCancellingCalls, 2) << "no report after the cancel";
+  for (COMPARE_JOB *Other : Others) Surveyor ()->CancelCompareJob (Other);
+  Surveyor ()->CancelCompareJob (gStartedInReport);
   EXPECT_EQ (LiveJobs (), 0u);
 }
 

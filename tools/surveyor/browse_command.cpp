@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "env/host/sdl_desktop.h"
+#include "tools/surveyor/desktop_loader.h"
 #include "tools/surveyor/session.h"
 
 namespace surveyor {
@@ -25,13 +25,20 @@ int RunBrowseCommand (const CommandLine &Line) {
   Options.OpenVolume = [&S] (int Volume) {
     return S.Surveyor ()->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr) != nullptr;
   };
-  if (!env::RunDesktop (S.Env (), Options)) {
-    std::fprintf (stderr,
-                  "surveyor: no display to open the desktop window on (is DISPLAY set?); "
-                  "\"surveyor run\" works without one\n");
-    return 2;
+  std::string Why;
+  switch (RunDesktopModule (S.Env (), Options, Why)) {
+    case DesktopResult::Ran:
+      return 0;
+    case DesktopResult::NoDisplay:
+      std::fprintf (stderr,
+                    "surveyor: no display to open the desktop window on (is DISPLAY set?); "
+                    "\"surveyor run\" works without one\n");
+      return 2;
+    case DesktopResult::NoModule:
+      std::fprintf (stderr, "surveyor: the desktop module could not be loaded: %s\n", Why.c_str ());
+      return 2;
   }
-  return 0;
+  return 2;
 }
 
 }  // namespace surveyor

@@ -1,13 +1,14 @@
 #include "tools/surveyor/command_line.h"
 
 #include <cstdlib>
+#include <cstring>
 
 namespace surveyor {
 
 const char *const UsageText =
     "usage: surveyor [OPTIONS] browse [DIR...]          desktop window; file manager on the first volume\n"
     "       surveyor [OPTIONS] run SCRIPT [SCRIPT...]    headless scripted session (\"-\" reads standard input)\n"
-    "       surveyor [OPTIONS] compare SOURCE BACKUP [PATH] [--contents]\n"
+    "       surveyor [OPTIONS] compare SOURCE BACKUP [PATH] [--contents] [--lang en|zh]\n"
     "                                                    checks a backup folder against its source\n"
     "\n"
     "options:\n"
@@ -20,13 +21,27 @@ const char *const UsageText =
     "  --no-settings      run without the settings service (window positions are not kept)\n"
     "  --no-ntfs          run without the NTFS service\n"
     "  --contents         compare: also compare file contents byte by byte\n"
+    "  --lang en|zh       compare: difference lines in English or in the driver's own Chinese texts\n"
+    "                     (default: Chinese when the locale is, English otherwise)\n"
     "  --scale N          browse: show every screen pixel as NxN pixels\n"
     "  --frames N         browse: end after N frames (for unattended runs)\n"
     "  --shot FILE        browse: write a PNG screenshot when the desktop ends\n"
     "  --help             this text\n"
     "\n"
     "With no folder at all, browse and run mount the bundled sample volume.\n"
-    "compare exits 0 when nothing differs, 1 when something does, 2 when it could not start.\n";
+    "compare exits 0 when everything was checked and is the same, 1 when differences were found,\n"
+    "3 when part of the tree could not be checked (whatever else was found; the output names what\n"
+    "and why), 2 when the check could not start.\n";
+
+// Chinese when the first locale variable that is set names a Chinese locale.
+static Language LocaleLanguage () {
+  for (const char *Name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char *Value = std::getenv (Name);
+    if (Value != nullptr && *Value != 0)
+      return std::strncmp (Value, "zh", 2) == 0 ? Language::Chinese : Language::English;
+  }
+  return Language::English;
+}
 
 static bool ParseNumber (const std::string &Text, unsigned Limit, unsigned &Out) {
   if (Text.empty ()) return false;
@@ -72,6 +87,7 @@ bool ParseVolumeSpec (const std::string &Text, env::VolumeSpec &Out, std::string
 
 bool ParseCommandLine (int Argc, char **Argv, CommandLine &Out, std::string &Error) {
   Out = CommandLine ();
+  Out.Lang = LocaleLanguage ();
   for (int I = 1; I < Argc; I++) {
     std::string Arg = Argv[I];
     auto Next = [&] (std::string &Value) {
@@ -123,6 +139,13 @@ bool ParseCommandLine (int Argc, char **Argv, CommandLine &Out, std::string &Err
       if (!Next (Out.ShotAtExit)) return false;
     } else if (Arg == "--contents") {
       Out.CompareContents = true;
+    } else if (Arg == "--lang") {
+      if (!Next (Value)) return false;
+      if (Value != "en" && Value != "zh") {
+        Error = "--lang wants en or zh";
+        return false;
+      }
+      Out.Lang = Value == "zh" ? Language::Chinese : Language::English;
     } else if (Arg.size () > 1 && Arg[0] == '-' && Arg != "-") {
       Error = "unknown option " + Arg;
       return false;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "env/host/environment.h"
+#include "tools/surveyor/difference_lines.h"
 
 namespace surveyor {
 
@@ -19,13 +20,16 @@ struct CommandLine {
   bool WithSettings = true;
   bool WithNtfs = true;
   bool CompareContents = false;
+  Language Lang = Language::English;     // compare: words of the difference lines
   unsigned Frames = 0;                    // browse: stop after this many frames (0: when closed)
   std::string ShotAtExit;                 // browse: screenshot written when the desktop ends
   int Scale = 1;                          // browse: window pixels per screen pixel
   bool Help = false;
 };
 
-// Parses argv; on a mistake returns false with a message in Error.
+// Parses argv; on a mistake returns false with a message in Error. Without
+// --lang the language follows the locale (LC_ALL, LC_MESSAGES, LANG):
+// Chinese for a "zh" locale, English otherwise.
 bool ParseCommandLine (int Argc, char **Argv, CommandLine &Out, std::string &Error);
 
 // Parses "DIR[,label=TEXT][,flags=N][,kind=N][,fs=N]" (numbers decimal or 0x hex).

@@ -1,13 +1,15 @@
-// `surveyor compare SOURCE BACKUP [PATH] [--contents]`: one comparison job
-// run to its end with timer ticks back to back, its difference lines and
-// totals printed in UTF-8.
+// `surveyor compare SOURCE BACKUP [PATH] [--contents] [--lang en|zh]`: one
+// backup check, its difference lines, what it could not check, and totals
+// that match the lines.
 #pragma once
 
 #include "tools/surveyor/command_line.h"
 
 namespace surveyor {
 
-// Exit status: 0 nothing differs, 1 something differs, 2 the job could not start.
+// Exit status: 0 everything was checked and is the same; 1 differences were
+// found; 3 part of the tree could not be checked (whatever else was found);
+// 2 the check could not start.
 int RunCompareCommand (const CommandLine &Line);
 
 }  // namespace surveyor
