@@ -23,20 +23,23 @@ struct OpenObject {
   std::shared_ptr<FsNode> Node;
   std::vector<std::string> Path;   // components from the root
   bool Directory = false;
-  NodeInfo Self, Parent;           // as found when opened ("." and ".." records)
+  NodeInfo Self;                   // as found when opened (the "." record)
+  std::shared_ptr<FsNode> Above;   // directories: the one holding it (the ".." record)
   bool Listed = false;             // ReadDirectory ran: Notes describe its result
   LISTING_NOTES Notes {};
 };
 
-// The directory a path led to last, kept for the next path below it.
+// The directory a path led to last, kept for the next path below it, and
+// the volume's root, where every other walk starts.
 struct DirectoryCache {
   std::vector<std::string> Path;
   std::shared_ptr<FsNode> Node;
+  std::shared_ptr<FsNode> Root;
 };
 
 struct Listing {
   std::vector<std::string> Path;
-  std::vector<ListedEntry> Entries;
+  std::unordered_map<std::string, NodeInfo> Entries;
 };
 
 struct MountedVolume {
@@ -147,10 +150,13 @@ struct FileDriver::State {
   }
 
   // Walks Components from the root of Fs (or from the cached directory
-  // above them); Parent receives the description of the last directory
-  // passed. Null when some component cannot be opened.
-  std::shared_ptr<FsNode> Walk (VolumeFs &Fs, DirectoryCache *Cache, const std::vector<std::string> &Components,
-                                NodeInfo *Parent) {
+  // above them). Info, when given, receives the description of what it
+  // reached, and Above the directory holding it (the root for the root).
+  // What the latest listing of the last directory says of the last name
+  // spares the volume some work. Null when some component cannot be opened.
+  std::shared_ptr<FsNode> Walk (VolumeFs &Fs, DirectoryCache *Cache, const std::vector<Listing> *Listings,
+                                const std::vector<std::string> &Components, NodeInfo *Info = nullptr,
+                                std::shared_ptr<FsNode> *Above = nullptr) {
     size_t Start = 0;
     std::shared_ptr<FsNode> Node;
     if (Cache != nullptr && Cache->Node && Cache->Path.size () <= Components.size () &&
@@ -158,27 +164,33 @@ struct FileDriver::State {
         Fs.StillAt (*Cache->Node, Cache->Path)) {
       Node = Cache->Node;
       Start = Cache->Path.size ();
+    } else if (Cache != nullptr) {
+      if (!Cache->Root) Cache->Root = Fs.OpenRoot ();
+      Node = Cache->Root;
     } else {
       Node = Fs.OpenRoot ();
     }
-    std::shared_ptr<FsNode> Above = Node;
+    if (Above != nullptr) *Above = Node;
+    if (Node && Start == Components.size () && Info != nullptr && !Node->Describe (*Info)) return nullptr;
     for (size_t I = Start; Node && I < Components.size (); I++) {
-      std::shared_ptr<FsNode> Next = Node->Open (Components[I]);
+      bool Last = I + 1 == Components.size ();
+      const NodeInfo *Hint = Last && Listings != nullptr ? Listed (*Listings, Components, I, Components[I]) : nullptr;
+      std::shared_ptr<FsNode> Next = Node->Open (Components[I], Last ? Info : nullptr, Hint);
       // A directory on the way is kept for the next walk below it.
-      if (Next && Cache != nullptr && I + 1 < Components.size ()) {
+      if (Next && Cache != nullptr && !Last) {
         Cache->Path.assign (Components.begin (), Components.begin () + static_cast<long> (I) + 1);
         Cache->Node = Next;
       }
-      Above = std::move (Node);
+      if (Above != nullptr) *Above = Node;
       Node = std::move (Next);
     }
-    if (Parent != nullptr && Above) Above->Describe (*Parent);
     return Node;
   }
 
-  std::shared_ptr<FsNode> OpenOnVolume (int Volume, const std::vector<std::string> &Components, NodeInfo *Parent) {
+  std::shared_ptr<FsNode> OpenOnVolume (int Volume, const std::vector<std::string> &Components, NodeInfo *Info = nullptr,
+                                        std::shared_ptr<FsNode> *Above = nullptr) {
     MountedVolume &V = Volumes[Volume];
-    return Walk (*V.Fs, &V.Cache, Components, Parent);
+    return Walk (*V.Fs, &V.Cache, &V.Listings, Components, Info, Above);
   }
 
   void Remember (int Volume, const std::vector<std::string> &Path, const std::vector<ListedEntry> &Entries) {
@@ -186,7 +198,21 @@ struct FileDriver::State {
     List.erase (std::remove_if (List.begin (), List.end (), [&] (const Listing &L) { return L.Path == Path; }),
                 List.end ());
     if (List.size () >= kRememberedListings) List.erase (List.begin ());
-    List.push_back (Listing {Path, Entries});
+    Listing Made {Path, {}};
+    Made.Entries.reserve (Entries.size ());
+    for (const ListedEntry &E : Entries) Made.Entries.emplace (E.Name, E.Info);
+    List.push_back (std::move (Made));
+  }
+
+  // How Name looked in the latest listing of the directory Path, or null.
+  static const NodeInfo *Listed (const std::vector<Listing> &Listings, const std::vector<std::string> &Path,
+                                 size_t PathLength, const std::string &Name) {
+    for (auto L = Listings.rbegin (); L != Listings.rend (); ++L) {
+      if (L->Path.size () != PathLength || !std::equal (L->Path.begin (), L->Path.end (), Path.begin ())) continue;
+      auto It = L->Entries.find (Name);
+      return It == L->Entries.end () ? nullptr : &It->second;
+    }
+    return nullptr;
   }
 
   // The description of Name in a listing of Directory made now; false when
@@ -206,9 +232,9 @@ struct FileDriver::State {
   bool ReadResource (const char *File, std::string &Text) {
     std::vector<std::string> Components;
     if (!System || !SplitVolumePath (File, Components) || Components.empty ()) return false;
-    std::shared_ptr<FsNode> Node = Walk (*System, nullptr, Components, nullptr);
     NodeInfo Info;
-    if (!Node || !Node->Describe (Info) || Info.Kind != NodeKind::File) return false;
+    std::shared_ptr<FsNode> Node = Walk (*System, nullptr, nullptr, Components, &Info);
+    if (!Node || Info.Kind != NodeKind::File) return false;
     if (Resource.Path == File && Resource.Info.Identity == Info.Identity && Resource.Info.Size == Info.Size &&
         Resource.Info.TimeStamp == Info.TimeStamp) {
       Text = Resource.Text;
@@ -252,11 +278,13 @@ UINT16 EFIAPI OpenDirectory (UINT8 Volume, const CHAR8 *Path) {
   if (!S.ValidVolume (Volume) || !SplitVolumePath (reinterpret_cast<const char *> (Path), Components)) return 0;
   if (S.Handles.size () >= kMaxOpenHandles) return 0;
   OpenObject Object;
-  Object.Node = S.OpenOnVolume (Volume, Components, &Object.Parent);
-  if (!Object.Node || !Object.Node->Describe (Object.Self)) return 0;
-  if (Components.empty ()) Object.Parent = Object.Self;
+  std::shared_ptr<FsNode> Above;
+  Object.Node = S.OpenOnVolume (Volume, Components, &Object.Self, &Above);
+  if (!Object.Node) return 0;
   Object.Volume = Volume;
   Object.Directory = Object.Self.Kind == NodeKind::Directory;
+  // A directory keeps the one above it for the ".." record of its listings.
+  if (Object.Directory) Object.Above = Components.empty () ? Object.Node : Above;
   Object.Path = std::move (Components);
   uint16_t Handle = S.NextHandle;
   while (S.Handles.count (Handle) != 0) Handle = static_cast<uint16_t> (Handle % 0x7FFF + 1);
@@ -306,8 +334,10 @@ DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
   if (Entries == nullptr) return nullptr;
   size_t Index = 0;
   if (Dots != 0) {
+    NodeInfo Parent = Object->Self;
+    if (Object->Above) Object->Above->Describe (Parent);
     FillEntry (Entries[Index++], ".", Object->Self, true);
-    FillEntry (Entries[Index++], "..", Object->Parent, true);
+    FillEntry (Entries[Index++], "..", Parent, true);
   }
   for (size_t I = 0; Index < Total; I++) FillEntry (Entries[Index++], Found[I].Name, Found[I].Info, false);
   Notes.Listed = static_cast<UINT32> (Total);
@@ -321,9 +351,9 @@ VOID *EFIAPI ReadFile (UINT8 Volume, const CHAR8 *Path, UINTN *Size) {
   std::vector<std::string> Components;
   if (!Current->ValidVolume (Volume) || !SplitVolumePath (reinterpret_cast<const char *> (Path), Components))
     return nullptr;
-  std::shared_ptr<FsNode> Node = Current->OpenOnVolume (Volume, Components, nullptr);
   NodeInfo Info;
-  if (!Node || !Node->Describe (Info) || Info.Kind != NodeKind::File || Info.Size > kMaxReadFile) return nullptr;
+  std::shared_ptr<FsNode> Node = Current->OpenOnVolume (Volume, Components, &Info);
+  if (!Node || Info.Kind != NodeKind::File || Info.Size > kMaxReadFile) return nullptr;
   size_t Length = static_cast<size_t> (Info.Size);
   auto *Buffer = static_cast<uint8_t *> (PoolAllocate (Length == 0 ? 1 : Length));
   if (Buffer == nullptr) return nullptr;
@@ -514,9 +544,7 @@ LISTING_NOTES FileDriver::LeftOutTotals (int Volume) const {
 std::shared_ptr<FsNode> FileDriver::OpenPath (int Volume, const char *Path, NodeInfo *Info) {
   std::vector<std::string> Components;
   if (!State_->ValidVolume (Volume) || !SplitVolumePath (Path, Components)) return nullptr;
-  std::shared_ptr<FsNode> Node = State_->OpenOnVolume (Volume, Components, nullptr);
-  if (Node && Info != nullptr && !Node->Describe (*Info)) return nullptr;
-  return Node;
+  return State_->OpenOnVolume (Volume, Components, Info);
 }
 
 std::shared_ptr<FsNode> FileDriver::OpenParent (int Volume, const char *Path, std::string &Name,
@@ -525,9 +553,9 @@ std::shared_ptr<FsNode> FileDriver::OpenParent (int Volume, const char *Path, st
   if (!State_->ValidVolume (Volume) || !SplitVolumePath (Path, Components) || Components.empty ()) return nullptr;
   Name = Components.back ();
   Components.pop_back ();
-  std::shared_ptr<FsNode> Parent = State_->OpenOnVolume (Volume, Components, nullptr);
   NodeInfo Info;
-  if (!Parent || !Parent->Describe (Info) || Info.Kind != NodeKind::Directory) return nullptr;
+  std::shared_ptr<FsNode> Parent = State_->OpenOnVolume (Volume, Components, &Info);
+  if (!Parent || Info.Kind != NodeKind::Directory) return nullptr;
   if (Out != nullptr) *Out = std::move (Components);
   return Parent;
 }
@@ -535,26 +563,21 @@ std::shared_ptr<FsNode> FileDriver::OpenParent (int Volume, const char *Path, st
 bool FileDriver::ListedInfo (int Volume, const std::vector<std::string> &Directory, const std::string &Name,
                               NodeInfo &Info) const {
   if (!State_->ValidVolume (Volume)) return false;
-  for (const Listing &L : State_->Volumes[Volume].Listings) {
-    if (L.Path != Directory) continue;
-    for (const ListedEntry &E : L.Entries)
-      if (E.Name == Name) {
-        Info = E.Info;
-        return true;
-      }
-  }
-  return false;
+  const NodeInfo *Found = State::Listed (State_->Volumes[Volume].Listings, Directory, Directory.size (), Name);
+  if (Found != nullptr) Info = *Found;
+  return Found != nullptr;
 }
 
 void FileDriver::Forget (int Volume) {
   if (Volume < 0 || Volume >= VOLUME_COUNT) return;
-  State_->Volumes[Volume].Cache = DirectoryCache {};
+  State_->Volumes[Volume].Cache.Path.clear ();
+  State_->Volumes[Volume].Cache.Node.reset ();
 }
 
 bool FileDriver::ReadSystemFile (const char *Path, std::vector<uint8_t> &Bytes, size_t Limit) {
   std::vector<std::string> Components;
   if (!State_->System || !SplitVolumePath (Path, Components) || Components.empty ()) return false;
-  std::shared_ptr<FsNode> Node = State_->Walk (*State_->System, nullptr, Components, nullptr);
+  std::shared_ptr<FsNode> Node = State_->Walk (*State_->System, nullptr, nullptr, Components);
   return Node && ReadWhole (*Node, Bytes, Limit);
 }
 

@@ -63,9 +63,13 @@ class FsNode {
 
   // ---- directories
   // An entry of this directory, opened for reading; links are followed only
-  // when they stay on the volume (a link that does not is opened as itself,
-  // of kind Link). Null when there is no such entry or it cannot be opened.
-  virtual std::unique_ptr<FsNode> Open (const std::string &Name) = 0;
+  // when they stay on the volume (one that does not is opened as a file of
+  // its target text). Null when there is no such entry or it cannot be
+  // opened. Info, when given, receives the object's description as opened.
+  // Hint is how the entry looked in a listing made a moment ago; the volume
+  // may take it for the description instead of asking again.
+  virtual std::unique_ptr<FsNode> Open (const std::string &Name, NodeInfo *Info = nullptr,
+                                        const NodeInfo *Hint = nullptr) = 0;
   // Every entry but "." and "..", in the order the volume keeps them.
   virtual bool List (std::vector<ListedEntry> &Out, ListGaps &Gaps) = 0;
   // A new entry; fails when the name exists (never opens or replaces one).

@@ -104,6 +104,12 @@ class FolderNode : public FsNode {
   // A link that cannot be followed: its target text is its contents.
   FolderNode (const FolderVolume &Volume, const NodeInfo &LinkInfo, std::string Target)
       : Volume_ (Volume), Path_ (), LinkInfo_ (LinkInfo), LinkTarget_ (std::move (Target)), IsLink_ (true) {}
+  ~FolderNode () override {
+    if (Stream_ != nullptr) {
+      Fd_.Release ();
+      ::closedir (Stream_);
+    }
+  }
 
   bool Describe (NodeInfo &Out) override {
     if (IsLink_) {
@@ -116,7 +122,8 @@ class FolderNode : public FsNode {
     return true;
   }
 
-  std::unique_ptr<FsNode> Open (const std::string &Name) override;
+  std::unique_ptr<FsNode> Open (const std::string &Name, NodeInfo *Info = nullptr,
+                                const NodeInfo *Hint = nullptr) override;
   bool List (std::vector<ListedEntry> &Out, ListGaps &Gaps) override;
   std::unique_ptr<FsNode> Create (const std::string &Name, NodeKind Kind) override;
   bool Rename (const std::string &From, const std::string &To) override;
@@ -171,6 +178,9 @@ class FolderNode : public FsNode {
   }
 
   int Descriptor () const { return Fd_.Value; }
+  // What the node was opened as (StillAt compares a path's object with it).
+  void OpenedAs (const struct stat &St) { Device_ = St.st_dev, Inode_ = St.st_ino; }
+  bool Is (const struct stat &St) const { return Inode_ != 0 && St.st_dev == Device_ && St.st_ino == Inode_; }
   const std::vector<std::string> &Path () const { return Path_; }
 
  private:
@@ -185,11 +195,14 @@ class FolderNode : public FsNode {
 
   const FolderVolume &Volume_;
   Fd Fd_;
+  DIR *Stream_ = nullptr;           // reads the entries through Fd_, which it then owns
   std::vector<std::string> Path_;   // components from the volume's root (for resolving links)
   bool Writable_ = false;
   NodeInfo LinkInfo_;
   std::string LinkTarget_;
   bool IsLink_ = false;
+  dev_t Device_ = 0;
+  ino_t Inode_ = 0;
 };
 
 class FolderVolume : public VolumeFs {
@@ -202,13 +215,22 @@ class FolderVolume : public VolumeFs {
     return std::make_unique<FolderNode> (*this, Copy, std::vector<std::string> {}, false);
   }
   void Flush () override { ::syncfs (Root_.Value); }
+  // A path is looked at again once it has not been for kRecheckNs: a
+  // rename in the meantime is no different from one that came a moment
+  // later, and a walk through many files of one folder costs no extra call.
   bool StillAt (FsNode &Directory, const std::vector<std::string> &Path) override {
     auto &Node = static_cast<FolderNode &> (Directory);
+    struct timespec Now;
+    clock_gettime (CLOCK_MONOTONIC_COARSE, &Now);
+    int64_t Ns = int64_t (Now.tv_sec) * 1000000000 + Now.tv_nsec;
+    if (&Node == Checked_ && Ns - CheckedAt_ < kRecheckNs) return true;
     std::string Relative = ".";
     for (const std::string &Part : Path) Relative += "/" + Part;
-    struct stat There, Here;
-    return ::fstatat (Root_.Value, Relative.c_str (), &There, AT_SYMLINK_NOFOLLOW) == 0 &&
-           ::fstat (Node.Descriptor (), &Here) == 0 && There.st_dev == Here.st_dev && There.st_ino == Here.st_ino;
+    struct stat There;
+    bool Same = ::fstatat (Root_.Value, Relative.c_str (), &There, AT_SYMLINK_NOFOLLOW) == 0 && Node.Is (There);
+    Checked_ = Same ? &Node : nullptr;
+    CheckedAt_ = Ns;
+    return Same;
   }
   std::string RunTag () const override { return std::to_string (static_cast<long> (::getpid ())); }
   bool RunEnded (const std::string &Tag) const override {
@@ -271,16 +293,23 @@ class FolderVolume : public VolumeFs {
   }
 
  private:
+  static constexpr int64_t kRecheckNs = 10 * 1000000;
   Fd Root_;
+  const FolderNode *Checked_ = nullptr;   // the directory last found still at its path
+  int64_t CheckedAt_ = 0;
 };
 
 std::unique_ptr<FsNode> FolderNode::OpenEntry (const std::string &Name, struct stat &Entry, struct stat &Target) {
   if (IsLink_ || !ValidName (Name)) return nullptr;
-  if (::fstatat (Fd_.Value, Name.c_str (), &Entry, AT_SYMLINK_NOFOLLOW) != 0) return nullptr;
   std::vector<std::string> Path = Path_;
   Path.push_back (Name);
-  int Opened;
-  if (S_ISLNK (Entry.st_mode)) {
+  // The entry itself, never through a link (O_NOFOLLOW fails on one).
+  int Opened = ::openat (Fd_.Value, Name.c_str (), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+  bool ViaLink = Opened < 0;
+  if (ViaLink) {
+    if (errno != ELOOP || ::fstatat (Fd_.Value, Name.c_str (), &Entry, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !S_ISLNK (Entry.st_mode))
+      return nullptr;
     Opened = Volume_.OpenBeneath (Path);
     if (Opened < 0) {
       // Not followable: the link itself, shown as a file of its target text.
@@ -291,22 +320,37 @@ std::unique_ptr<FsNode> FolderNode::OpenEntry (const std::string &Name, struct s
       Target = Entry;
       return std::make_unique<FolderNode> (Volume_, Info, std::move (LinkText));
     }
-  } else {
-    if (!S_ISREG (Entry.st_mode) && !S_ISDIR (Entry.st_mode)) return nullptr;
-    Opened = ::openat (Fd_.Value, Name.c_str (), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-    if (Opened < 0) return nullptr;
   }
   Fd Guard (Opened);
   if (::fstat (Opened, &Target) != 0 || (!S_ISREG (Target.st_mode) && !S_ISDIR (Target.st_mode))) return nullptr;
-  // Replaced between the look and the open: refuse rather than guess.
-  if (!S_ISLNK (Entry.st_mode) && (Target.st_ino != Entry.st_ino || Target.st_dev != Entry.st_dev)) return nullptr;
-  return std::make_unique<FolderNode> (Volume_, Guard.Release (), std::move (Path), false);
+  if (!ViaLink) Entry = Target;
+  auto Node = std::make_unique<FolderNode> (Volume_, Guard.Release (), std::move (Path), false);
+  Node->OpenedAs (Target);
+  return Node;
 }
 
-std::unique_ptr<FsNode> FolderNode::Open (const std::string &Name) {
+std::unique_ptr<FsNode> FolderNode::Open (const std::string &Name, NodeInfo *Info, const NodeInfo *Hint) {
   CallHook (Name);
+  // A plain file just listed: its entry is opened and its listing believed.
+  if (Hint != nullptr && !Hint->Link && Hint->Kind == NodeKind::File && Info != nullptr && ValidName (Name) &&
+      !IsLink_) {
+    int Opened = ::openat (Fd_.Value, Name.c_str (), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+    if (Opened >= 0) {
+      std::vector<std::string> Path = Path_;
+      Path.push_back (Name);
+      *Info = *Hint;
+      return std::make_unique<FolderNode> (Volume_, Opened, std::move (Path), false);
+    }
+  }
   struct stat Entry, Target;
-  return OpenEntry (Name, Entry, Target);
+  std::unique_ptr<FsNode> Node = OpenEntry (Name, Entry, Target);
+  if (Node && Info != nullptr) {
+    if (S_ISLNK (Entry.st_mode) && S_ISLNK (Target.st_mode))
+      Node->Describe (*Info);   // a link shown as its target text
+    else
+      FillInfo (*Info, Target, Entry);
+  }
+  return Node;
 }
 
 bool FolderNode::List (std::vector<ListedEntry> &Out, ListGaps &Gaps) {
@@ -314,13 +358,14 @@ bool FolderNode::List (std::vector<ListedEntry> &Out, ListGaps &Gaps) {
   struct stat Self;
   // A folder removed since it was opened has nothing left to list.
   if (IsLink_ || ::fstat (Fd_.Value, &Self) != 0 || !S_ISDIR (Self.st_mode) || Self.st_nlink == 0) return false;
-  int Copy = ::openat (Fd_.Value, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (Copy < 0) return false;
-  DIR *Folder = ::fdopendir (Copy);
-  if (Folder == nullptr) {
-    ::close (Copy);
-    return false;
+  // The directory's own descriptor reads its entries, from the start each time.
+  if (Stream_ == nullptr) {
+    Stream_ = ::fdopendir (Fd_.Value);
+    if (Stream_ == nullptr) return false;
+  } else {
+    ::rewinddir (Stream_);
   }
+  DIR *Folder = Stream_;
   bool Ok = true;
   for (;;) {
     errno = 0;
@@ -369,8 +414,7 @@ bool FolderNode::List (std::vector<ListedEntry> &Out, ListGaps &Gaps) {
     }
     Out.push_back (std::move (Entry));
   }
-  ::closedir (Folder);
-  return Ok;
+    return Ok;
 }
 
 std::unique_ptr<FsNode> FolderNode::Create (const std::string &Name, NodeKind Kind) {

@@ -100,7 +100,16 @@ class SfsNode : public FsNode {
     return true;
   }
 
-  std::unique_ptr<FsNode> Open (const std::string &Name) override { return OpenChild (Name, EFI_FILE_MODE_READ, 0); }
+  std::unique_ptr<FsNode> Open (const std::string &Name, NodeInfo *Info = nullptr,
+                                const NodeInfo *Hint = nullptr) override {
+    std::unique_ptr<FsNode> Node = OpenChild (Name, EFI_FILE_MODE_READ, 0);
+    // A listing made a moment ago spares the file system's information call.
+    if (Node && Info != nullptr) {
+      if (Hint != nullptr) *Info = *Hint;
+      else if (!Node->Describe (*Info)) return nullptr;
+    }
+    return Node;
+  }
 
   bool List (std::vector<ListedEntry> &Out, ListGaps &Gaps) override {
     Out.clear ();
