@@ -18,10 +18,14 @@ mkdir -p "$Stage/EFI/BOOT" "$Stage/EFI/kivora"
 cp "$Build/BOOTX64.EFI" "$Build/environment.efi" "$Build/surveyor.efi" "$Stage/EFI/BOOT/"
 cp -R "$Build/system/efi/kivora/." "$Stage/EFI/kivora/"
 cat >"$Stage/EFI/kivora/surveyor.cfg" <<'CFG'
-# The comparison volumes of the file manager, by volume label: the context
-# menu of a file compares it with the same path on these two volumes.
+# The comparison of a disk with its backups, by volume labels: the disk to
+# check is shown as drive C:, and the context menu of a file or folder there
+# compares it with the same path on the two backups.
+# source = DATA
 # compare1 = BACKUP
 # compare2 = OLDBACKUP
+# The time of each frame on the serial port, for measurements:
+# timing = on
 CFG
 cp -R "$Build/sample/." "$Stage/"
 for Dir in "$@"; do cp -R "$Dir/." "$Stage/"; done

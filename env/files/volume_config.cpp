@@ -23,8 +23,13 @@ uint8_t VolumeConfig::FlagsOf (const std::string &Label) const {
   return 0;
 }
 
+std::string VolumeConfig::LabelOf (const std::string &Label) const {
+  return !Label.empty () && EqualIgnoringAsciiCase (Label, Source) ? std::string ("C:") : Label;
+}
+
 VolumeConfig ParseVolumeConfig (const std::string &Text) {
   VolumeConfig Config;
+  LookupResourceString (Text, nullptr, "source", Config.Source);
   LookupResourceString (Text, nullptr, "compare1", Config.Compare1);
   LookupResourceString (Text, nullptr, "compare2", Config.Compare2);
   std::string Timing;

@@ -74,7 +74,7 @@ int MountDevice (EFI_HANDLE Device, int Slot) {
   if (!Fs) return -1;
   VolumeRecordSpec Spec;
   Spec.FileSystemType = kFileSystemFat32;
-  Spec.Label = Info.Label;
+  Spec.Label = gEnvironment->Config.LabelOf (Info.Label);
   Spec.Flags = gEnvironment->Config.FlagsOf (Info.Label);
   if (Info.ReadOnly) Spec.Flags |= VOLUME_FLAG_WRITE_PROTECTED;
   FileDriver &Files = gEnvironment->Parts->files ();

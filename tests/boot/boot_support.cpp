@@ -57,7 +57,9 @@ void FirmwareBoot::TearDown () {
 fs::path FirmwareBoot::MakeDisk (const std::string &Label, const fs::path &Folder) {
   fs::path Disk = Work_ / (Label + ".img");
   std::string Output;
-  std::string Command = "mkfs.fat -F 32 -n " + Quote (Label) + " -C " + Quote (Disk.string ()) + " 65536 >/dev/null";
+  // One fixed date for everything, as on the boot image: screens stay the same.
+  std::string Command = "find " + Quote (Folder.string ()) + " -exec touch -h -d '2026-01-02 03:04:05' {} + && mkfs.fat -F 32 -i 4241434B -n " +
+                        Quote (Label) + " -C " + Quote (Disk.string ()) + " 65536 >/dev/null";
   EXPECT_EQ (RunCommand (Command, Output), 0) << Output;
   for (const auto &Entry : fs::directory_iterator (Folder)) {
     Command = "mcopy -i " + Quote (Disk.string ()) + " -s -m -Q " + Quote (Entry.path ().string ()) + " ::/";
