@@ -78,6 +78,7 @@ struct ListObject : RecordControl<LIST_CONTROL> {
   bool EditNew = false;
   std::string Search;
   uint16_t Anchor = 0;              // where a Shift selection by keys starts
+  uint16_t Placed = kNoRow;         // CurrentRow as the control last saw it (kNoRow after clearing)
   int ScrollX = 0;                  // pixels scrolled sideways
 
   uint16_t RowOf (const ListRow *Row) const;          // kNoRow when gone
@@ -98,6 +99,7 @@ struct ListObject : RecordControl<LIST_CONTROL> {
   bool OnKey (MESSAGE &Message) override;
   void OnDestroy () override;
   void OnResized () override { UpdateLayout (); }
+  void OnRedraw () override;
 };
 
 struct TreeItem {

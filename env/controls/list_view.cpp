@@ -119,6 +119,19 @@ void ListObject::NotifySelection () {
   Notify (Message);
 }
 
+// The owner placed the current row past the first (a folder shown again at
+// the row the user left it by): with nothing selected, that row becomes the
+// selection, as if the user had moved there.
+void ListObject::OnRedraw () {
+  uint16_t Row = Data.CurrentRow;
+  if (Row == Placed) return;
+  Placed = Row;
+  if (Row == 0 || Row >= Data.RowCount || SelectedCount () != 0 || Edit != nullptr) return;
+  Rows[Row]->Item.Selected = 1;
+  Anchor = Row;
+  NotifySelection ();
+}
+
 bool ListObject::OnKey (MESSAGE &Message) {
   CHAR16 Ch = Message.Word2;
   UINT16 Scan = Message.Word4;
@@ -393,6 +406,7 @@ VOID EFIAPI OpClearList (LIST_CONTROL *Target) {
   List->Rows.clear ();
   List->ForgetWidestTexts ();
   List->Search.clear ();
+  List->Placed = kNoRow;
   List->Data.CurrentRow = 0;
   List->Data.TopRow = 0;
   List->UpdateLayout ();

@@ -508,7 +508,13 @@ VOID EFIAPI OpSetFocus (WINDOW_HEADER *Window, VOID *Control, UINT8 Redraw) {
 
 VOID EFIAPI OpRedraw (VOID *Target) {
   if (Target == nullptr) return;
-  if (S ().FindWindow (Target) != nullptr || S ().FindControl (Target) != nullptr) S ().CountRedraw (Target);
+  ControlObject *Control = S ().FindControl (Target);
+  if (S ().FindWindow (Target) == nullptr && Control == nullptr) return;
+  if (Control != nullptr) {
+    WindowBase::State::Scope Guard (S ());
+    Control->OnRedraw ();
+  }
+  S ().CountRedraw (Target);
 }
 
 VOID EFIAPI OpUpdateItem (VOID *Item) {

@@ -47,6 +47,8 @@ struct ControlObject {
   virtual int TypeId () const { return 0; }
   // Position or size changed by a resize record.
   virtual void OnResized () {}
+  // Its owner asked for it to be drawn again (after changing its record).
+  virtual void OnRedraw () {}
 };
 
 template <class Record>

@@ -372,10 +372,10 @@ bool ScriptRunner::Execute (const std::vector<std::string> &Words, std::string &
     LIST_CONTROL *List = FirstOfKind<LIST_CONTROL> (Wb, Active, CONTROL_KIND_LIST);
     FILE_LIST *Tree = FirstOfKind<FILE_LIST> (Wb, Active, CONTROL_KIND_FILE_LIST);
     bool Finish = Key.Char == '\r' || Key.Scan == SCAN_CODE_ESCAPE;
-    if (Finish && List != nullptr && Cd.Editing (List)) {
-      std::string Typed = HasPendingText_ ? PendingText_ : Cd.CellText (List, 0, Cd.EditRow (List));
+    // Text given by "type" ends an edit as typed; keys alone edit as the desktop's do.
+    if (Finish && HasPendingText_ && List != nullptr && Cd.Editing (List)) {
       HasPendingText_ = false;
-      Cd.FinishEdit (List, Typed, Key.Char == '\r');
+      Cd.FinishEdit (List, PendingText_, Key.Char == '\r');
       return true;
     }
     if (Finish && Tree != nullptr && Cd.TreeEditing (Tree)) {
