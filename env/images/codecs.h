@@ -16,7 +16,7 @@ constexpr int kMaxJpegScans = 500;
 
 // Decodes a JPEG file into opaque pixels (0xFFRRGGBB) in a pool block of
 // Width × Height × 4 bytes. Grayscale, YCbCr/RGB and CMYK/YCCK pictures are
-// accepted. Pictures wider or higher than kMaxJpegSide, or of more than
+// accepted (in firmware, four components only with an Adobe marker). Pictures wider or higher than kMaxJpegSide, or of more than
 // kMaxJpegPixels pixels, are refused before any pixel memory is taken; a
 // stream that is cut short or corrupt fails rather than showing filler.
 // Pixels is set as soon as the block is allocated: after a failure that got

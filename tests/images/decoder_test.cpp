@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "env/host/firmware.h"
 #include "env/images/bmp_decoder.h"
 #include "env/images/ico_decoder.h"
+#include "env/images/stb_codecs.h"
 #include "images/image_builders.h"
 
 using namespace test_images;
@@ -146,6 +148,23 @@ TEST (IcoDecoder, DecodesPngImages) {
   Bytes Broken = Ico;
   for (size_t I = 6 + 16 + 40; I < Broken.size (); I += 7) Broken[I] ^= 0x5A;
   EXPECT_FALSE (env::DecodeIcoImage (Broken.data (), Broken.size (), 0, Img));
+
+  // Firmware's decoder (stb_image) gives the same pixels and refuses the
+  // same damage: a changed byte (caught by its chunk's CRC) or a cut.
+  env::Firmware Fw;   // the pool stb_image's memory comes from
+  Bytes Png = MakePng (32, 32, Px);
+  DecodedImage Host, Firmware;
+  ASSERT_TRUE (env::DecodePng (Png.data (), Png.size (), Host));
+  ASSERT_TRUE (env::StbDecodePng (Png.data (), Png.size (), Firmware));
+  EXPECT_EQ (Firmware.Pixels, Host.Pixels);
+  // (The CRC of IHDR, a byte of the picture data, the CRC of IEND.)
+  for (size_t At : {size_t (30), Png.size () - 26, Png.size () - 2}) {
+    Bytes Damaged = Png;
+    Damaged[At] ^= 0x10;
+    EXPECT_FALSE (env::StbDecodePng (Damaged.data (), Damaged.size (), Firmware)) << At;
+    EXPECT_FALSE (env::StbDecodePng (Png.data (), At, Firmware)) << At;
+  }
+  EXPECT_EQ (Fw.LiveAllocations (), 0u);
 }
 
 TEST (IcoDecoder, PicksTheBestSize) {
