@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "env/files/resource_file.h"
+#include "env/files/volume_config.h"
 #include "files/file_test_support.h"
 
 namespace fs = std::filesystem;
@@ -142,6 +143,31 @@ TEST_F (ResourceTest, TheFileIsReadFromTheSystemFolderOnly) {
 
 // The file the build ships: every key the program looks up is there, and the
 // format strings carry exactly the conversions their callers supply.
+// surveyor.cfg is read with the same parser: labels with spaces, any ASCII
+// case, comments, CRLF lines; what is not named changes nothing.
+TEST (VolumeConfigFile, NamesTheSourceAndBackupVolumesByLabel) {
+  env::VolumeConfig Config = env::ParseVolumeConfig (
+      "# comment\r\nsource = Data\r\ncompare1=BACKUP\r\n  compare2 =  OLD BACKUP\r\ntiming = ON\r\n");
+  struct Case {
+    const char *Label, *Shown;
+    uint8_t Flags;
+  } Cases[] = {{"DATA", "C:", 0}, {"data", "C:", 0},         {"backup", "backup", 0x81},
+               {"OLD BACKUP", "OLD BACKUP", 0x82}, {"OLD", "OLD", 0}, {"", "", 0}};
+  for (const Case &C : Cases) {
+    EXPECT_EQ (Config.LabelOf (C.Label), C.Shown) << C.Label;
+    EXPECT_EQ (Config.FlagsOf (C.Label), C.Flags) << C.Label;
+  }
+  EXPECT_TRUE (Config.Timing);
+  // A commented-out or empty file names nothing: no volume becomes C:.
+  for (const char *Text : {"", "# source = DATA\n", "\xFF\xFE\x00garbage", "source =\n"}) {
+    env::VolumeConfig None = env::ParseVolumeConfig (Text);
+    EXPECT_EQ (None.LabelOf ("DATA"), "DATA");
+    EXPECT_EQ (None.LabelOf (""), "");
+    EXPECT_EQ (None.FlagsOf ("BACKUP"), 0);
+    EXPECT_FALSE (None.Timing);
+  }
+}
+
 TEST (ShippedResources, EveryKeyIsPresentWithItsConversions) {
   std::ifstream In (env::DefaultSystemDir () + "/efi/kivora/strings/surveyor.res", std::ios::binary);
   ASSERT_TRUE (In.good ()) << "resource file not built into " << env::DefaultSystemDir ();
