@@ -7,12 +7,15 @@
 # with --wait-done, ended).
 #
 #   scripts/boot.sh [--image IMG] [--headless] [--vars FILE] [--disk IMG]...
-#                   [--keys 'KEYS']... [--shot FILE.png] [--wait-done] [--serial FILE]
+#                   [--keys 'KEYS']... [--plug IMG]... [--shot FILE.png]...
+#                   [--wait-done] [--serial FILE]
 #
 # KEYS are QEMU key names (qcodes) separated by spaces, combinations joined
 # with '+': 'down down ret ctrl+c alt+f'. Several --keys and --shot options
-# run in the order given. --vars keeps the UEFI variable store in FILE
-# between boots (it is made from OVMF's empty store the first time).
+# run in the order given; so does --plug, which plugs a disk image in as a
+# USB stick while the file manager runs and waits until it has become a
+# volume. --vars keeps the UEFI variable store in FILE between boots (it is
+# made from OVMF's empty store the first time).
 # --disk adds a further disk (a second volume). SURVEYOR_QEMU_ACCEL picks
 # QEMU's accelerator (default tcg); SURVEYOR_BOOT_TIMEOUT the seconds to wait
 # for the desktop (default 180).
@@ -35,9 +38,12 @@ while [ $# -gt 0 ]; do
 keys $2"; shift 2 ;;
     --shot) Steps="$Steps
 shot $2"; shift 2 ;;
+    --plug) [ -f "$2" ] || { echo "boot: no image $2 to plug in" >&2; exit 2; }
+            Steps="$Steps
+plug $(cd "$(dirname "$2")" && pwd)/$(basename "$2")"; shift 2 ;;
     --wait-done) WaitDone=1; shift ;;
     --serial) SerialCopy=$2; shift 2 ;;
-    -h|--help) sed -n '2,21p' "$0"; exit 0 ;;
+    -h|--help) sed -n '2,22p' "$0"; exit 0 ;;
     *) echo "boot: unknown argument $1" >&2; exit 2 ;;
   esac
 done
@@ -75,6 +81,8 @@ set -- -machine q35,accel="${SURVEYOR_QEMU_ACCEL:-tcg}" -m 512 -no-reboot -net n
   -drive file="$Image",format=raw,media=disk \
   -serial file:"$Work/serial.log" -qmp unix:"$Work/qmp.sock",server=on,wait=off
 for Disk in $Disks; do set -- "$@" -drive file="$Disk",format=raw,media=disk; done
+case "$Steps" in *"
+plug "*) set -- "$@" -device qemu-xhci,id=usb ;; esac
 if [ "$Headless" = 1 ] || [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
   Headless=1
   set -- "$@" -display none
@@ -111,6 +119,14 @@ printf '%s\n' "$Steps" | while IFS= read -r Step; do
   case "$Step" in
     keys\ *) qmp keys "${Step#keys }" ;;
     shot\ *) qmp settle "${Step#shot }" && echo "boot: screen saved to ${Step#shot }" ;;
+    plug\ *)
+      Known=$(grep -c "Surveyor: volume" "$Work/serial.log" || true)
+      qmp plug "${Step#plug }"
+      Limit=$(( $(date +%s) + 60 ))
+      until [ "$(grep -c "Surveyor: volume" "$Work/serial.log" || true)" -gt "$Known" ]; do
+        [ "$(date +%s)" -lt "$Limit" ] || { echo "boot: ${Step#plug } did not become a volume" >&2; break; }
+        sleep 0.2
+      done ;;
   esac
 done
 if [ "$WaitDone" = 1 ]; then

@@ -4,6 +4,7 @@
   qmp.py SOCKET keys 'down down ret ctrl+c alt+f'   send keys (QEMU qcodes; '+' joins a combination)
   qmp.py SOCKET settle FILE.png [SECONDS]            wait until the screen stops changing, then save it
   qmp.py SOCKET shot FILE.png                        save the screen now
+  qmp.py SOCKET plug IMAGE                           plug IMAGE in as a USB stick
   qmp.py SOCKET quit                                 power the machine off
 """
 import json
@@ -62,6 +63,14 @@ class Qmp:
             time.sleep(0.05)
         os.replace(temporary, path)
 
+    def plug(self, image):
+        """Plugs a raw disk image in as a USB stick on the xHCI controller."""
+        blocks = self.run("query-named-block-nodes")
+        name = "stick%d" % len(blocks)
+        self.run("blockdev-add", driver="raw", **{"node-name": name},
+                 file={"driver": "file", "filename": os.path.abspath(image)})
+        self.run("device_add", driver="usb-storage", bus="usb.0", drive=name, id=name, removable=True)
+
     def settle(self, path, limit):
         """Saves the screen once two looks SETTLE_GAP apart see the same pixels."""
         end = time.time() + limit
@@ -89,6 +98,8 @@ def main(argv):
     elif command == "settle" and len(argv) in (4, 5):
         if not qmp.settle(argv[3], float(argv[4]) if len(argv) == 5 else 30):
             sys.stderr.write("qmp: the screen did not settle\n")
+    elif command == "plug" and len(argv) == 4:
+        qmp.plug(argv[3])
     elif command == "quit":
         try:
             qmp.run("quit")

@@ -99,6 +99,16 @@ void MountEveryFileSystem () {
   gEnvBootServices->FreePool (Handles);
 }
 
+// A line on the serial port only (the console would draw it over the desktop).
+void SerialLine (const std::string &Text) {
+  EFI_GUID Guid = EFI_SERIAL_IO_PROTOCOL_GUID;
+  EFI_SERIAL_IO_PROTOCOL *Serial = nullptr;
+  if (EFI_ERROR (gEnvBootServices->LocateProtocol (&Guid, nullptr, reinterpret_cast<VOID **> (&Serial)))) return;
+  std::string Line = Text + "\r\n";
+  UINTN Size = Line.size ();
+  Serial->Write (Serial, &Size, Line.data ());
+}
+
 // The firmware reports a new file system at any moment; it is mounted
 // between two steps of the desktop loop.
 volatile bool gFileSystemAppeared = false;
@@ -115,7 +125,11 @@ void MountNewFileSystems () {
     if (EFI_ERROR (gEnvBootServices->LocateHandle (ByRegisterNotify, &Guid, gEnvironment->Registration, &Size,
                                                    &Device)))
       return;
-    MountDevice (Device, -1);
+    int Volume = MountDevice (Device, -1);
+    if (Volume >= 0)
+      SerialLine ("Surveyor: volume " + std::to_string (Volume) + " (" +
+                  reinterpret_cast<const char *> (gEnvironment->Parts->files ().Table ()->Volumes[Volume].Label) +
+                  ") added");
   }
 }
 
@@ -127,16 +141,6 @@ bool OpenVolume (int Volume) {
       Surveyor == nullptr)
     return false;
   return Surveyor->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr) != nullptr;
-}
-
-// A line on the serial port only (the console would draw it over the desktop).
-void SerialLine (const std::string &Text) {
-  EFI_GUID Guid = EFI_SERIAL_IO_PROTOCOL_GUID;
-  EFI_SERIAL_IO_PROTOCOL *Serial = nullptr;
-  if (EFI_ERROR (gEnvBootServices->LocateProtocol (&Guid, nullptr, reinterpret_cast<VOID **> (&Serial)))) return;
-  std::string Line = Text + "\r\n";
-  UINTN Size = Line.size ();
-  Serial->Write (Serial, &Size, Line.data ());
 }
 
 void ReportFrame (const FrameTiming &T) {

@@ -37,7 +37,8 @@ TEST_F (FirmwareBoot, CopiesPastesRenamesAndDeletesOnTheDisks) {
   std::vector<std::string> BootBefore = FatTree (BootImage (), true);
   std::string Output;
   fs::path Clash = Scratch ("clash.png");
-  ASSERT_EQ (Boot ({"--disk", Disk.string (),
+  // BACKUP is a USB stick plugged in while the file manager runs.
+  ASSERT_EQ (Boot ({"--plug", Disk.string (),
                     // docs and readme.txt selected and copied, the volume chooser
                     // opens BACKUP, and both are pasted there.
                     "--keys", "down ctrl+end ctrl+spc ctrl+c ctrl+o down ret ctrl+v",
