@@ -17,6 +17,8 @@
 #   --report F   where the report goes (default DIR/report.txt)
 #   --worktree   copy the files as they are now, edits and new files included,
 #                instead of the last commit
+#   --check      only check that each text is found once in the work tree
+#                (no copy, no build)
 #
 # The report's lines: ID, FILE:LINE, then caught (and the failing tests),
 # survived, not-built (the mutant does not compile), stale (the text is no
@@ -26,7 +28,7 @@ set -eu
 cd "$(dirname "$0")/.."
 Top=$(pwd)
 
-Jobs=2 Timeout=60 Dir=build-mutate List=scripts/mutations.txt Report="" FromWorktree=0
+Jobs=2 Timeout=60 Dir=build-mutate List=scripts/mutations.txt Report="" FromWorktree=0 Check=0
 while [ $# -gt 0 ]; do
   case "$1" in
     --jobs) Jobs=$2; shift 2 ;;
@@ -35,6 +37,7 @@ while [ $# -gt 0 ]; do
     --list) List=$2; shift 2 ;;
     --report) Report=$2; shift 2 ;;
     --worktree) FromWorktree=1; shift ;;
+    --check) Check=1; shift ;;
     -h|--help) sed -n '2,/^set -eu/p' "$0" | sed '$d; s/^# \{0,1\}//'; exit 0 ;;
     -*) echo "mutate: unknown option $1" >&2; exit 2 ;;
     *) break ;;
@@ -48,6 +51,29 @@ Tree=$Dir/tree Build=$Dir/build Work=$Dir/work
 mkdir -p "$Dir" "$Work"
 Started=$(date +%s)
 Tab=$(printf '\t')
+
+# apply FILE TEXT REPLACEMENT: prints the line number; exit 3 when the text is
+# not there, 4 when it is there more than once.
+apply() {
+  MUT_TEXT=$2 MUT_REPL=$3 awk '
+    BEGIN { Text = ENVIRON["MUT_TEXT"]; Repl = ENVIRON["MUT_REPL"] }
+    {
+      Line[NR] = $0
+      for (Rest = $0; (At = index(Rest, Text)) > 0; Rest = substr(Rest, At + length(Text))) { Count++; Where = NR }
+    }
+    END {
+      if (Count == 0) exit 3
+      if (Count > 1) exit 4
+      for (N = 1; N <= NR; N++) {
+        if (N == Where) {
+          At = index(Line[N], Text)
+          Line[N] = substr(Line[N], 1, At - 1) Repl substr(Line[N], At + length(Text))
+        }
+        print Line[N] > ENVIRON["MUT_OUT"]
+      }
+      print Where
+    }' "$1"
+}
 
 # The list, one mutation a line: ID FILE TEXT => REPLACEMENT (see its header).
 awk -v OFS='\t' '
@@ -70,6 +96,24 @@ awk -v OFS='\t' '
 for Id in $Only; do
   cut -f1 "$Work/mutations.tsv" | grep -qx "$Id" || { echo "mutate: no mutation $Id in $List" >&2; exit 2; }
 done
+
+# --check: each entry against the work tree, nothing built.
+if [ "$Check" = 1 ]; then
+  Bad=0
+  while IFS="$Tab" read -r Id File Text Repl; do
+    case "$Only" in "  ") ;; *" $Id "*) ;; *) continue ;; esac
+    if [ ! -f "$File" ]; then
+      Status=stale
+    elif Line=$(MUT_OUT=/dev/null apply "$File" "$Text" "$Repl"); then
+      Status=ok File="$File:$Line"
+    else
+      case $? in 3) Status=stale ;; *) Status=ambiguous ;; esac
+    fi
+    [ "$Status" = ok ] || Bad=1
+    echo "$Id $File: $Status"
+  done < "$Work/mutations.tsv"
+  exit $Bad
+fi
 
 # The copy: only files whose contents differ are written, so that make
 # rebuilds no more than what changed since the last run.
@@ -144,28 +188,6 @@ restore() {
 }
 trap 'restore; exit 130' INT TERM HUP
 
-# apply FILE TEXT REPLACEMENT: prints the line number; exit 3 when the text is
-# not there, 4 when it is there more than once.
-apply() {
-  MUT_TEXT=$2 MUT_REPL=$3 awk '
-    BEGIN { Text = ENVIRON["MUT_TEXT"]; Repl = ENVIRON["MUT_REPL"] }
-    {
-      Line[NR] = $0
-      for (Rest = $0; (At = index(Rest, Text)) > 0; Rest = substr(Rest, At + length(Text))) { Count++; Where = NR }
-    }
-    END {
-      if (Count == 0) exit 3
-      if (Count > 1) exit 4
-      for (N = 1; N <= NR; N++) {
-        if (N == Where) {
-          At = index(Line[N], Text)
-          Line[N] = substr(Line[N], 1, At - 1) Repl substr(Line[N], At + length(Text))
-        }
-        print Line[N] > ENVIRON["MUT_OUT"]
-      }
-      print Where
-    }' "$1"
-}
 
 : > "$Report.tmp"
 Caught=0 Survived=0 NotBuilt=0 Stale=0 Ambiguous=0 Count=0
@@ -188,7 +210,6 @@ while IFS="$Tab" read -r Id File Text Repl <&3; do
       Where="$File:$Line"
       Mutated=$File
       cat "$Work/mutant" > "$Tree/$File"
-      printf '%s %s ... ' "$Id" "$Where"
       if ! build "$Work/build.log"; then
         Status=not-built
         cp "$Work/build.log" "$Work/$Id.build.log"
@@ -202,9 +223,9 @@ while IFS="$Tab" read -r Id File Text Repl <&3; do
       fi
       restore
       cmp -s "$Original" "$Tree/$File" || { echo "mutate: $File was not restored" >&2; exit 2; }
-      echo "$Status"
     fi
   fi
+  echo "$Id $Where: $Status"
   case $Status in
     caught) Caught=$((Caught + 1)) ;;
     survived) Survived=$((Survived + 1)); Survivors="$Survivors$Id $Where: $Text => $Repl
