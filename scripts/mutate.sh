@@ -20,6 +20,10 @@
 #   --check      only check that each text is found once in the work tree
 #                (no copy, no build)
 #
+# The tests run as under ctest, from the build folder; none needs a display
+# of its own (the desktop tests use SDL's dummy driver, and the one test that
+# opens a real window starts xvfb-run itself).
+#
 # The report's lines: ID, FILE:LINE, then caught (and the failing tests),
 # survived, not-built (the mutant does not compile), stale (the text is no
 # longer in the file) or ambiguous (it is on more than one line). Only caught
