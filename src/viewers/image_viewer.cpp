@@ -202,12 +202,6 @@ WINDOW_HEADER *OpenImageViewer (UINT16 X, UINT16 Y, UINT8 VolumeIndex, const CHA
   if (Left < 0) Left = 0;
   if (Top < 0) Top = 0;
 
-  // Screens too small for the margins still get a window of some size.
-  if (Width < 1) Width = 1;
-  if (Height < 1) Height = 1;
-  if (Left < 0) Left = 0;
-  if (Top < 0) Top = 0;
-
   IMAGE_VIEWER *Viewer = reinterpret_cast<IMAGE_VIEWER *> (
       gWindowBase->CreateWindow (IMAGE_VIEWER_SIZE, gWindowBase->Desktop, ImageViewerHandler, ImageViewerPaint,
                                  ImageViewerDestroy, (UINT16)Left, (UINT16)Top, (UINT16)Width, (UINT16)Height));
