@@ -244,11 +244,7 @@ TEST_F (WindowTest, TextViewKeepsItsOwnCopyOfLengthBytes) {
   EXPECT_EQ (Controls ().TextViewText (Zero), std::string ("a\0b", 3));
 
   // A resize record without byte 7 keeps the position.
-  MESSAGE Resize {};
-  Resize.Type = MSG_RESIZE;
-  Resize.Code = 1;
-  Resize.Word2 = 44;
-  Resize.Word4 = 13;
+  MESSAGE Resize = ResizeMessage (44, 13);
   Wb ()->SendMessage (View, &Resize);
   EXPECT_EQ (View->Width, 44);
   EXPECT_EQ (View->Height, 13);
