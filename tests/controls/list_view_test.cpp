@@ -107,12 +107,13 @@ TEST_F (ListTest, VisibleRowsFollowTheHeightAndAScrollBarAppearsWhenRowsExceedTh
   EXPECT_EQ (Cd ()->GetItem (List, 0), nullptr);
 }
 
-// The user's widths hold (column 0 no longer takes what is left), never
-// narrower than a character with the cell's padding and icon; fitting makes a
-// column as wide as its widest text, its title included. (How the free width
-// is shared out shows in the golden scenes.)
-TEST_F (ListTest, UserColumnWidthsHoldAndFittingTakesTheWidestText) {
+// Column 0 takes the width the others leave until the user sizes it; the
+// user's widths hold, never narrower than a character with the cell's padding
+// and icon; fitting makes a column as wide as its widest text, its title
+// included. (The padding of cells shows in the golden scenes.)
+TEST_F (ListTest, ColumnZeroTakesTheFreeWidthUntilTheUserSizesColumns) {
   AddRows ({"readme.txt"});
+  EXPECT_EQ (Controls ().Geometry (List).Columns[0].Width, 293 - 72 - 72);   // inside the frame, less columns 1 and 2
   Controls ().SetColumnWidth (List, 0, 60);
   env::ListGeometry G = Controls ().Geometry (List);
   EXPECT_EQ (G.Columns[0].Width, 60);
@@ -238,7 +239,13 @@ TEST_F (ListTest, TypingInAFocusedListSearchesAndControlKeysReachTheWindow) {
   EXPECT_EQ (Search[1].Word2, 0);
   EXPECT_EQ (Notifications (NOTIFY_SELECTION).back ().Word6, 2);
   EXPECT_TRUE (Received (Window, MSG_KEY).empty ()) << "type-ahead keys are the list's";
+  // A letter that continues no name starts again after the current row: "b" cycles to beta.
+  Windows ().SendKey (Window, 'b', 0, 0);
+  EXPECT_EQ (List->CurrentRow, 1);
 
+  // Shift with an arrow selects from the row the selection started at.
+  Windows ().SendKey (Window, 0, SCAN_CODE_DOWN, KEY_STATE_VALID | KEY_STATE_LEFT_SHIFT);
+  EXPECT_EQ (Controls ().SelectedRows (List), (std::vector<uint16_t> {1, 2}));
   Windows ().SendKey (Window, 0, SCAN_CODE_DOWN, 0);
   EXPECT_EQ (List->CurrentRow, 3);
   Windows ().SendKey (Window, 'c', 0, KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL);

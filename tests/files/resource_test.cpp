@@ -46,7 +46,7 @@ TEST_F (ResourceTest, SectionsKeysAndTheNullSection) {
       "; a comment\n"
       "TopKey=top value\n"
       "  Spaced Key  =   spaced value   \n"
-      "# another comment\n"
+      "# another=comment\n"
       "\n"
       "[File Menu]\n"
       "File=File(F)\n"
@@ -62,6 +62,7 @@ TEST_F (ResourceTest, SectionsKeysAndTheNullSection) {
       "noequals line\n");
   EXPECT_EQ (Get (nullptr, "TopKey"), "top value");
   EXPECT_EQ (Get (nullptr, "Spaced Key"), "spaced value");
+  EXPECT_EQ (Get (nullptr, "# another"), "<false>");     // comments are no keys
   EXPECT_EQ (Get (nullptr, "File"), "<false>");           // keys of a section are not in the null one
   EXPECT_EQ (Get ("File Menu", "TopKey"), "<false>");     // and the reverse
   EXPECT_EQ (Get ("File Menu", "File"), "File(F)");

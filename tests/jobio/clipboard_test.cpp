@@ -185,6 +185,13 @@ TEST_F (ClipboardTest, RefusedPastesChangeNothing) {
   EXPECT_NE (J->PasteClipboard ((UINT8) Dst, nullptr), 1u);
   Unchanged ("bad destination");
 
+  // A folder holding a name that cannot be copied (no path reaches it).
+  WriteFile (Src, "odd/back\\slash", "x");
+  Clip (Src, "\\", {"odd"});
+  SrcBefore = Take (S);
+  EXPECT_NE (Paste (Dst, "\\"), 1u);
+  Unchanged ("a name that cannot be copied");
+
   // A source that vanished after the copy.
   Clip (Src, "\\", {"a.txt"});
   fs::rename (S / "a.txt", S / "moved.txt");

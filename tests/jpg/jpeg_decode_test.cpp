@@ -153,8 +153,13 @@ TEST_P (JpegTest, BrokenStreamsFailCleanly) {
   std::vector<uint8_t> Damaged = Good;
   for (size_t I = Damaged.size () / 2; I < Damaged.size () - 2; I++) Damaged[I] = (uint8_t) (I * 37);
   EXPECT_FALSE (Decode (Damaged).Ok);
-  // Null arguments to the driver's table.
+  // The driver's table hands over the pixels of a good picture; null arguments are refused.
   UINT32 W = 0, H = 0, *Pixels = nullptr;
+  ASSERT_TRUE (T->DecodeJpeg (&W, &H, &Pixels, Good.data (), (UINT32) Good.size ()));
+  ASSERT_NE (Pixels, nullptr);
+  EXPECT_EQ (Fw.BlockSize (Pixels), size_t (W) * H * 4);
+  Fw.FreePool (Pixels);
+  Pixels = nullptr;
   EXPECT_FALSE (T->DecodeJpeg (&W, &H, &Pixels, nullptr, 100));
   EXPECT_FALSE (T->DecodeJpeg (nullptr, &H, &Pixels, Good.data (), (UINT32) Good.size ()));
   EXPECT_FALSE (T->DecodeJpeg (&W, &H, nullptr, Good.data (), (UINT32) Good.size ()));

@@ -132,10 +132,14 @@ TEST_F (WindowTest, MenuButtonsBelongToTheirHeaderAndOpenTheirPopups) {
   Windows ().SendKey (Owner, 0, SCAN_CODE_ESCAPE, 0);
   EXPECT_EQ (Windows ().ShownPopup (), nullptr);
 
-  // A greyed item does nothing.
+  // A greyed item does nothing, clicked or sent the open message.
   Tool->Control.Flags &= ~0x01u;
+  Title->Control.Flags &= ~0x01u;
   EXPECT_FALSE (Windows ().ClickMenuItem (Tool));
   EXPECT_EQ (gCalls.size (), 1u);
+  Wb ()->PostMessage (Title, &Open);
+  Windows ().PumpMessages ();
+  EXPECT_EQ (Windows ().ShownPopup (), nullptr);
   Wb ()->DestroyWindow (Popup);
 }
 
