@@ -19,7 +19,6 @@ unsigned PaintCalls = 0;
 
 // Accepts activation, so that the base raises the window.
 UINT8 EFIAPI Handler (WINDOW_HEADER *, MESSAGE *Message) { return Message->Type == MSG_ACTIVATE; }
-VOID EFIAPI Command (VOID *, WINDOW_HEADER *) {}
 
 class RenderTest : public DriverTest {
  protected:
