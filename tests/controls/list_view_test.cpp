@@ -75,6 +75,15 @@ TEST_F (ListTest, RowsKeepTheirEntryFieldsAndCellsAreCutToTheColumnCapacity) {
   UINT16 Row = Cd ()->AddListItem (List, 0, FALSE, 0, 0, &LongEntry);
   EXPECT_EQ (std::strlen (reinterpret_cast<char *> (Cd ()->GetItem (List, Row)->Name)), 191u);
   EXPECT_EQ (Controls ().CellText (List, 0, Row).size (), 191u);
+
+  // A current row the owner places past the first becomes the selection when
+  // the list is redrawn, unless rows are selected already.
+  List->CurrentRow = 1;
+  Wb ()->Redraw (List);
+  EXPECT_EQ (Controls ().SelectedRows (List), (std::vector<uint16_t> {1}));
+  List->CurrentRow = 2;
+  Wb ()->Redraw (List);
+  EXPECT_EQ (Controls ().SelectedRows (List), (std::vector<uint16_t> {1}));
 }
 
 TEST_F (ListTest, VisibleRowsFollowTheHeightAndAScrollBarAppearsWhenRowsExceedThem) {

@@ -86,6 +86,14 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   In.Key ('x', 0, 0);
   ASSERT_NE (Last (MSG_KEY), nullptr);
   EXPECT_EQ (Last (MSG_KEY)->Word2, 'x');
+
+  // Ctrl+Tab brings the bottom window to the top; with Shift, the one below the top.
+  MakeWindow (400, 300, 100, 100);
+  WINDOW_HEADER *Top = MakeWindow (500, 400, 100, 100);
+  In.Key (0x09, 0, KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL);
+  EXPECT_EQ (Env ().windows ().ActiveWindow (), Front);
+  In.Key (0x09, 0, KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL | KEY_STATE_LEFT_SHIFT);
+  EXPECT_EQ (Env ().windows ().ActiveWindow (), Top);
 }
 
 TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
@@ -148,6 +156,12 @@ TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
   EXPECT_EQ (Context->Word10, List->Control.Id);
   EXPECT_EQ (Context->Word12, 50);
   EXPECT_EQ (Context->Word14, Top + 2 * RowH + 3);
+
+  // The menu key selects the current row when the selection does not hold it.
+  List->CurrentRow = 3;
+  In.Key (0, env::kScanContextMenu, 0);
+  EXPECT_EQ (Ctl.SelectedRows (List), std::vector<uint16_t> ({3}));
+  EXPECT_EQ (Last (MSG_NOTIFY)->Code, NOTIFY_CONTEXT);
 
   // Nothing reaches a window whose NotifyEnabled byte is 0.
   Received.clear ();
@@ -297,18 +311,19 @@ TEST_F (DesktopInputTest, MessageBoxTakesAllInputUntilItsButtonIsPressed) {
     if (Asked == 1) {
       EXPECT_TRUE (In.MouseDown (L.ButtonX + 5, L.ButtonY + 5, env::MouseButton::Left, 1));
     } else {
-      EXPECT_TRUE (In.Key (0x0D, 0, 0));
+      EXPECT_TRUE (In.Key (Asked == 2 ? 0x0D : ' ', 0, 0));
     }
     EXPECT_TRUE (Open->Dismissed);
     return 1;
   });
   EXPECT_EQ (Wb ()->MessageBox (1, A ("Text"), A ("Caption"), 0), 1u);
   EXPECT_EQ (Wb ()->MessageBox (1, A ("Again"), A ("Caption"), 0), 1u);
-  EXPECT_EQ (Asked, 2);
+  EXPECT_EQ (Wb ()->MessageBox (1, A ("Once more"), A ("Caption"), 0), 1u);
+  EXPECT_EQ (Asked, 3);
   Base.SetMessageBoxAnswerer (nullptr);
   // After the boxes, the held messages and the timer go on.
   EXPECT_EQ (Base.OpenMessageBox (), nullptr);
-  EXPECT_EQ (Base.PumpMessages (), 2u);
+  EXPECT_EQ (Base.PumpMessages (), 3u);
   EXPECT_EQ (Base.RunTimerTick (), 1u);
   Wb ()->KillTimer (CountTimer, nullptr);
 }

@@ -168,6 +168,27 @@ TEST_F (RenderTest, TextViewsWrapAndCombosShowTheirChoice) {
   EXPECT_GT (Count (env::colours::Text, Cx + 2, Cy + 2, 100, 20), 30);
 }
 
+// A tree item with children shows "-" in its box while open, "+" while closed.
+TEST_F (RenderTest, TreeBoxesShowWhetherAnItemIsOpen) {
+  TheBase = Wb ();
+  WINDOW_HEADER *Win = MakeWindow ("Tree", 0, 0, 400, 300, DefaultThenNothing);
+  FILE_LIST *Tree = Cd ()->CreateFileList (Win, 10, 30, 380, 200, 0);
+  struct {
+    CHAR8 Name[216];
+  } Docs {{'d', 'o', 'c', 's'}};
+  Cd ()->AddFileListItem (Tree, TRUE, ICON_NONE, 0, "\\", A ("\\"));
+  Cd ()->AddFileListItem (Tree, TRUE, ICON_NONE, 0, &Docs, A ("\\"));
+  env::RenderDesktop (Env ());
+  int32_t Tx, Ty;
+  Env ().windows ().ScreenOrigin (Tree, Tx, Ty);
+  // Each box is 9 pixels square, 16 more to the right a level down; its
+  // vertical stroke runs from 2 to 6 pixels inside it.
+  const int RowH = Wb ()->GuiDriver->GetLineHeight () + 2, BoxY = Ty + 2 + (RowH - 9) / 2;
+  EXPECT_EQ (G ().PixelAt (Tx + 4 + 4, BoxY + 4), env::colours::Text);      // "-" of the open root
+  EXPECT_EQ (G ().PixelAt (Tx + 4 + 4, BoxY + 2), env::colours::Window);
+  EXPECT_EQ (G ().PixelAt (Tx + 20 + 4, RowH + BoxY + 2), env::colours::Text);   // "+" of closed docs
+}
+
 TEST_F (RenderTest, CutTextsEndWithAnEllipsisAndLabelsShowWhole) {
   TheBase = Wb ();
   WINDOW_HEADER *Win = MakeWindow ("Texts", 0, 0, 400, 300, DefaultThenNothing);
