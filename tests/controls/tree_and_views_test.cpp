@@ -7,13 +7,6 @@
 
 namespace {
 
-const CHAR8 *T (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
-
-struct Entry {
-  char Name[216] = {};
-  explicit Entry (const char *N) { std::strncpy (Name, N, sizeof (Name) - 1); }
-};
-
 // What the dialog saw of one tree notification, read during delivery.
 struct TreeSeen {
   UINT8 Code;
@@ -47,7 +40,7 @@ class TreeTest : public WindowTest {
   }
   UINTN Add (const char *Name, const char *Parent, bool Children = true) {
     Entry E (Name);
-    return Cd ()->AddFileListItem (Tree, Children, 5, 0, &E, T (Parent));
+    return Cd ()->AddFileListItem (Tree, Children, 5, 0, &E, Ascii (Parent));
   }
   std::vector<std::string> Paths () {
     std::vector<std::string> Out;
@@ -59,7 +52,7 @@ class TreeTest : public WindowTest {
 };
 
 TEST_F (TreeTest, ItemsGetFullPathsDepthsAndChildrenGoUnderTheirParent) {
-  EXPECT_EQ (Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", T ("\\")), 1u);
+  EXPECT_EQ (Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", Ascii ("\\")), 1u);
   EXPECT_EQ (Add ("docs", "\\"), 2u);
   EXPECT_EQ (Add ("music", "\\"), 3u);
   EXPECT_EQ (Add ("notes.txt", "\\", false), 4u);
@@ -91,7 +84,7 @@ TEST_F (TreeTest, ItemsGetFullPathsDepthsAndChildrenGoUnderTheirParent) {
 }
 
 TEST_F (TreeTest, UserActionsSendTreeNotificationsWithTheItemPath) {
-  Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", T ("\\"));
+  Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", Ascii ("\\"));
   Add ("docs", "\\");
   Add ("empty", "\\", false);
   Controls ().SelectTreeItem (Tree, 1);
@@ -129,7 +122,7 @@ TEST_F (TreeTest, UserActionsSendTreeNotificationsWithTheItemPath) {
 }
 
 TEST_F (TreeTest, EditsAskTheDialogAndARefusedEditLeavesTheTreeAsItWas) {
-  Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", T ("\\"));
+  Cd ()->AddFileListItem (Tree, TRUE, 2, 0, "\\", Ascii ("\\"));
   Add ("docs", "\\");
   Add ("zeta", "\\");
   Controls ().SelectTreeItem (Tree, 1);
@@ -184,8 +177,8 @@ TEST_F (WindowTest, ComboChoiceSetsBothRowsAndNotifiesWithTheComboId) {
   COMBO_BOX *Combo = Cd ()->CreateComboBox (100, 30, 280, 260, 0, Dialog);
   ASSERT_NE (Combo, nullptr);
   EXPECT_EQ (Combo->CurrentRow, 0xFFFF);
-  Cd ()->AddComboItem (Combo, T ("SYSTEM"), 0);
-  Cd ()->AddComboItem (Combo, T ("DATA"), 0);
+  Cd ()->AddComboItem (Combo, Ascii ("SYSTEM"), 0);
+  Cd ()->AddComboItem (Combo, Ascii ("DATA"), 0);
   EXPECT_EQ (Combo->ItemCount, 2);
   Controls ().ChooseComboRow (Combo, 1);
   EXPECT_EQ (Combo->CurrentRow, 1);
@@ -206,14 +199,14 @@ TEST_F (WindowTest, LogViewKeepsItsLinesAndReportsContextClicks) {
   LOG_VIEW *Log = Cd ()->CreateLogView (Window, 10, 100, 280, 92, 0);
   ASSERT_NE (Log, nullptr);
   EXPECT_EQ (Log->SelectedLine, 0xFFFF);
-  Cd ()->StartLogView (Log, T ("\\docs"));
-  Cd ()->AppendLine (Log, 0xFFFF, T ("one"));
-  Cd ()->AppendLine (Log, 0xFFFF, T ("two"));
-  Cd ()->AppendLine (Log, 0, T ("zero"));
+  Cd ()->StartLogView (Log, Ascii ("\\docs"));
+  Cd ()->AppendLine (Log, 0xFFFF, Ascii ("one"));
+  Cd ()->AppendLine (Log, 0xFFFF, Ascii ("two"));
+  Cd ()->AppendLine (Log, 0, Ascii ("zero"));
   EXPECT_EQ (Log->LineCount, 3);
   EXPECT_EQ (Controls ().LogLines (Log), (std::vector<std::string> {"zero", "one", "two"}));
   EXPECT_EQ (Controls ().LogPath (Log), "\\docs");
-  for (int I = 0; I < 20; I++) Cd ()->AppendLine (Log, 0xFFFF, T ("more"));
+  for (int I = 0; I < 20; I++) Cd ()->AppendLine (Log, 0xFFFF, Ascii ("more"));
   Cd ()->ShowLine (Log, 65535);
   UINT16 Line = Wb ()->GuiDriver->GetLineHeight ();
   UINT16 Visible = (92 - 4) / (Line + 2);
@@ -230,7 +223,7 @@ TEST_F (WindowTest, LogViewKeepsItsLinesAndReportsContextClicks) {
   EXPECT_EQ (Notes[0].Word6, 20 + 100 + 6);
   EXPECT_EQ (Notes[0].Pointer8, Log);
 
-  Cd ()->StartLogView (Log, T ("\\music"));
+  Cd ()->StartLogView (Log, Ascii ("\\music"));
   EXPECT_EQ (Log->LineCount, 0);
   EXPECT_EQ (Log->SelectedLine, 0xFFFF);
   EXPECT_EQ (Controls ().LogPath (Log), "\\music");
@@ -240,22 +233,18 @@ TEST_F (WindowTest, TextViewKeepsItsOwnCopyOfLengthBytes) {
   WINDOW_HEADER *Help = NewWindow (272);
   char Source[] = "Press F1 for help, any key to go on";
   CONTROL_RECT Rect {3, 24, 394, 273};
-  CONTROL *View = Cd ()->CreateTextView (Help, 3, T (Source), 5, &Rect);
+  CONTROL *View = Cd ()->CreateTextView (Help, 3, Ascii (Source), 5, &Rect);
   ASSERT_NE (View, nullptr);
   Source[0] = 'X';
   EXPECT_EQ (Controls ().TextViewText (View), "Press");
   EXPECT_EQ (Wb ()->GetControl (Help, 3), View);
   EXPECT_EQ (View->X, 3);
   EXPECT_EQ (View->Height, 273);
-  CONTROL *Zero = Cd ()->CreateTextView (Help, 4, T ("a\0b"), 3, &Rect);
+  CONTROL *Zero = Cd ()->CreateTextView (Help, 4, Ascii ("a\0b"), 3, &Rect);
   EXPECT_EQ (Controls ().TextViewText (Zero), std::string ("a\0b", 3));
 
   // A resize record without byte 7 keeps the position.
-  MESSAGE Resize {};
-  Resize.Type = MSG_RESIZE;
-  Resize.Code = 1;
-  Resize.Word2 = 44;
-  Resize.Word4 = 13;
+  MESSAGE Resize = ResizeMessage (44, 13);
   Wb ()->SendMessage (View, &Resize);
   EXPECT_EQ (View->Width, 44);
   EXPECT_EQ (View->Height, 13);

@@ -2,6 +2,9 @@
 // the environment; every test ends with the pool back at its baseline.
 #pragma once
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -67,10 +70,15 @@ class FileDriverTest : public ::testing::Test {
     return Out;
   }
 
-  // Sets the process time zone for the scope of the test.
+  // Sets the process time zone (each test runs in its own process).
   static void UseTimeZone (const char *Zone) {
     setenv ("TZ", Zone, 1);
     tzset ();
+  }
+  // Sets the modification (and access) time of a host file.
+  void SetModified (const std::string &Relative, time_t Seconds, long Nanoseconds = 0) {
+    struct timespec Times[2] = {{Seconds, Nanoseconds}, {Seconds, Nanoseconds}};
+    ASSERT_EQ (utimensat (AT_FDCWD, Host (Relative).c_str (), Times, 0), 0);
   }
 
   TempFolder Main_, System_;

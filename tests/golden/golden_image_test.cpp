@@ -1,11 +1,7 @@
 // The comparison behind the golden scenes must itself notice a change.
 #include <gtest/gtest.h>
 
-#include <fstream>
-
-#include "env/host/screenshot.h"
 #include "golden/golden_image.h"
-#include "support/driver_fixture.h"
 
 namespace {
 
@@ -18,29 +14,6 @@ Image Gradient (int W, int H) {
 }
 
 }  // namespace
-
-TEST (GoldenImage, PngRoundTripAndBrokenFiles) {
-  TempFolder Dir;
-  Image Original = Gradient (17, 9);
-  std::string Path = (Dir.Path () / "g.png").string ();
-  ASSERT_TRUE (env::WritePng (Path, Original.Pixels.data (), Original.Width, Original.Height));
-  Image Back;
-  std::string Error;
-  ASSERT_TRUE (ReadPngImage (Path, Back, Error)) << Error;
-  EXPECT_EQ (Back.Width, 17);
-  EXPECT_EQ (Back.Height, 9);
-  EXPECT_EQ (Back.Pixels, Original.Pixels);
-
-  // A cut file and a file that is no PNG are refused with a reason.
-  std::string Bytes = ReadHostFile (Path);
-  WriteHostFile (Dir.Path () / "cut.png", Bytes.substr (0, Bytes.size () / 2));
-  WriteHostFile (Dir.Path () / "text.png", "not a picture");
-  for (const char *Name : {"cut.png", "text.png", "missing.png"}) {
-    Error.clear ();
-    EXPECT_FALSE (ReadPngImage ((Dir.Path () / Name).string (), Back, Error)) << Name;
-    EXPECT_FALSE (Error.empty ()) << Name;
-  }
-}
 
 TEST (GoldenImage, ComparisonCountsPixelsBeyondTheChannelTolerance) {
   Image A = Gradient (10, 10), B = A;

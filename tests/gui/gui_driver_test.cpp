@@ -70,21 +70,15 @@ TEST_F (GuiTest, DrawsGlyphsOfTheSystemFont) {
   Gui.Clear (0xFFFFFF);
   UINTN Token = T->PushFont (0, 0, 0x00FF00);
   T->DrawText (&Screen, 4, 8, A (kZhongWen), 65535);
-  // The first character is U+4E2D drawn 16 pixels wide, pixel for pixel.
-  env::Glyph Found;
-  ASSERT_TRUE (env::FindGlyph (0x4E2D, Found) && Found.Width == 16);
-  const env::Glyph *G = &Found;
-  for (int Y = 0; Y < 16; Y++)
-    for (int X = 0; X < 16; X++)
-      ASSERT_EQ (Gui.PixelAt (4 + X, 8 + Y), G->Pixel (X, Y) ? 0x00FF00u : 0xFFFFFFu) << X << "," << Y;
-  // The second starts at 20, so the text is not two Latin-1 characters each.
-  env::Glyph Second;
-  ASSERT_TRUE (env::FindGlyph (0x6587, Second));
-  const env::Glyph *W = &Second;
-  int Same = 0;
-  for (int Y = 0; Y < 16; Y++)
-    for (int X = 0; X < 16; X++) Same += (Gui.PixelAt (20 + X, 8 + Y) == 0x00FF00u) == W->Pixel (X, Y);
-  EXPECT_EQ (Same, 256);
+  // U+4E2D, then U+6587 from x 20 (not four Latin-1 characters), each 16
+  // pixels wide, pixel for pixel.
+  for (auto [Code, Left] : {std::pair {0x4E2Du, 4}, std::pair {0x6587u, 20}}) {
+    env::Glyph G;
+    ASSERT_TRUE (env::FindGlyph (Code, G) && G.Width == 16) << Code;
+    for (int Y = 0; Y < 16; Y++)
+      for (int X = 0; X < 16; X++)
+        ASSERT_EQ (Gui.PixelAt (Left + X, 8 + Y), G.Pixel (X, Y) ? 0x00FF00u : 0xFFFFFFu) << Code << ": " << X << "," << Y;
+  }
   EXPECT_EQ (Count (0x00FF00, 36, 0, 64, 48), 0);
 
   // PopFont goes back to the default black; MaxLength limits the bytes drawn.

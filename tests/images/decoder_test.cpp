@@ -196,24 +196,18 @@ TEST (IcoDecoder, RefusesDamagedAndHostileFiles) {
   for (size_t Len = 0; Len < 6 + 16 + 40 + 16 * 16 * 3; Len++) {
     EXPECT_FALSE (env::DecodeIcoImage (Good.data (), Len, 0, Img)) << Len;
   }
-  Bytes B = Good;
-  Put16 (B, 2, 3);                       // neither icon nor cursor
-  EXPECT_EQ (env::IcoImageCount (B.data (), B.size ()), 0u);
-  B = Good;
-  Put16 (B, 4, 60000);                   // more entries than the file holds
-  EXPECT_EQ (env::IcoImageCount (B.data (), B.size ()), 0u);
-  EXPECT_FALSE (env::DecodeIcoBestSize (B.data (), B.size (), 16, Img));
-  B = Good;
-  Put32 (B, 6 + 12, 0xFFFFFF00u);        // image offset past the end
-  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
-  B = Good;
-  Put32 (B, 6 + 8, 0xFFFFFFFFu);         // image size past the end
-  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
-  B = Good;
-  Put32 (B, 6 + 16 + 8, 0);              // DIB of height zero
-  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
-  B = Good;
-  Put32 (B, 6 + 16 + 4, 100000);         // DIB wider than allowed
-  EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img));
+  // Neither icon nor cursor, more entries than the file holds, image offset
+  // or size past the end, a DIB of height zero or wider than allowed.
+  struct Patch {
+    size_t At;
+    uint32_t Value;
+  } Patches[] = {{2, 3}, {4, 60000}, {6 + 12, 0xFFFFFF00u}, {6 + 8, 0xFFFFFFFFu}, {6 + 16 + 8, 0}, {6 + 16 + 4, 100000}};
+  for (const Patch &P : Patches) {
+    Bytes B = Good;
+    if (P.At < 6) Put16 (B, P.At, P.Value); else Put32 (B, P.At, P.Value);
+    if (P.At < 6) EXPECT_EQ (env::IcoImageCount (B.data (), B.size ()), 0u) << P.At;
+    EXPECT_FALSE (env::DecodeIcoImage (B.data (), B.size (), 0, Img)) << P.At;
+    EXPECT_FALSE (env::DecodeIcoBestSize (B.data (), B.size (), 16, Img)) << P.At;
+  }
   EXPECT_EQ (env::IcoImageCount (nullptr, 0), 0u);
 }

@@ -22,11 +22,6 @@ UINT8 EFIAPI Recorder (WINDOW_HEADER *, MESSAGE *Message) {
 }
 VOID EFIAPI Command (VOID *, WINDOW_HEADER *) { CommandRuns++; }
 
-bool Got (uint8_t Type, uint8_t Code = 0) {
-  for (const MESSAGE &M : Received)
-    if (M.Type == Type && (Code == 0 || M.Code == Code)) return true;
-  return false;
-}
 const MESSAGE *Last (uint8_t Type) {
   for (auto It = Received.rbegin (); It != Received.rend (); ++It)
     if (It->Type == Type) return &*It;
@@ -81,7 +76,7 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   env::WindowLayout L = env::LayoutOf (Env (), Back);
   Received.clear ();
   In.MouseDown (L.CloseX + 3, L.CloseY + 3, env::MouseButton::Left, 1);
-  EXPECT_TRUE (Got (MSG_SYSCOMMAND));
+  EXPECT_NE (Last (MSG_SYSCOMMAND), nullptr);
   EXPECT_FALSE (Env ().windows ().IsWindow (Back));
   EXPECT_EQ (Env ().windows ().TopLevelWindows ().size (), 1u);
 
@@ -91,6 +86,14 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   In.Key ('x', 0, 0);
   ASSERT_NE (Last (MSG_KEY), nullptr);
   EXPECT_EQ (Last (MSG_KEY)->Word2, 'x');
+
+  // Ctrl+Tab brings the bottom window to the top; with Shift, the one below the top.
+  MakeWindow (400, 300, 100, 100);
+  WINDOW_HEADER *Top = MakeWindow (500, 400, 100, 100);
+  In.Key (0x09, 0, KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL);
+  EXPECT_EQ (Env ().windows ().ActiveWindow (), Front);
+  In.Key (0x09, 0, KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL | KEY_STATE_LEFT_SHIFT);
+  EXPECT_EQ (Env ().windows ().ActiveWindow (), Top);
 }
 
 TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
@@ -107,48 +110,70 @@ TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
   }
   env::ControlDriver &Ctl = Env ().controls ();
   int RowH = Ctl.RowHeight (), Top = 1 + Ctl.HeaderHeight ();
-  int X, Y;
-  At (List, 50, Top + 2 * RowH + 3, X, Y);
+  // Screen position 50 pixels into a row.
+  auto Row = [&] (int Index, int &X, int &Y) { At (List, 50, Top + Index * RowH + 3, X, Y); };
+  int X, Y, X0, Y0, X4, Y4, Xe, Ye;
+  Row (2, X, Y), Row (0, X0, Y0), Row (4, X4, Y4), Row (6, Xe, Ye);
   EXPECT_EQ (In.ControlAt (W, X, Y), &List->Control);
   EXPECT_EQ (In.ListRowAt (List, X, Y), 2);
   In.MouseDown (X, Y, env::MouseButton::Left, 1);
   EXPECT_EQ (Ctl.SelectedRows (List), std::vector<uint16_t> ({2}));
-  ASSERT_NE (Last (MSG_NOTIFY), nullptr);
-  EXPECT_EQ (Last (MSG_NOTIFY)->Code, NOTIFY_SELECTION);
 
-  int X0, Y0, X4, Y4;
-  At (List, 50, Top + 0 * RowH + 3, X0, Y0);
-  At (List, 50, Top + 4 * RowH + 3, X4, Y4);
+  // Ctrl adds a row; the notification counts the selected rows and the rows,
+  // and names the current row and the list.
   In.MouseDown (X0, Y0, env::MouseButton::Left, 1, /*Ctrl*/ true);
-  auto Sel = Ctl.SelectedRows (List);
-  std::sort (Sel.begin (), Sel.end ());
-  EXPECT_EQ (Sel, std::vector<uint16_t> ({0, 2}));
+  const MESSAGE *Selection = Last (MSG_NOTIFY);
+  ASSERT_NE (Selection, nullptr);
+  EXPECT_EQ (Selection->Code, NOTIFY_SELECTION);
+  EXPECT_EQ (Selection->Word2, 2);
+  EXPECT_EQ (Selection->Word4, 5);
+  EXPECT_EQ (Selection->Word6, 0);
+  EXPECT_EQ (Selection->Word10, List->Control.Id);
+  EXPECT_EQ (List->CurrentRow, 0);
+  UINT16 Cursor = 0;
+  std::vector<std::string> Selected;
+  while (LIST_ITEM *Item = Cd ()->GetNextSelected (List, &Cursor)) Selected.push_back (reinterpret_cast<char *> (Item->Name));
+  EXPECT_EQ (Selected, (std::vector<std::string> {"a", "c"}));
   In.MouseDown (X4, Y4, env::MouseButton::Left, 1, false, /*Shift*/ true);
-  Sel = Ctl.SelectedRows (List);
-  std::sort (Sel.begin (), Sel.end ());
-  EXPECT_EQ (Sel, std::vector<uint16_t> ({0, 1, 2, 3, 4}));
+  EXPECT_EQ (Ctl.SelectedRows (List), std::vector<uint16_t> ({0, 1, 2, 3, 4}));
 
   // Below the last row nothing is selected; a double click opens the row.
-  int Xe, Ye;
-  At (List, 50, Top + 6 * RowH + 3, Xe, Ye);
   EXPECT_EQ (In.ListRowAt (List, Xe, Ye), 0xFFFF);
   In.MouseDown (X, Y, env::MouseButton::Left, 2);
   ASSERT_NE (Last (MSG_NOTIFY), nullptr);
   EXPECT_EQ (Last (MSG_NOTIFY)->Code, NOTIFY_OPEN_ROW);
   EXPECT_EQ (Last (MSG_NOTIFY)->Word6, 2);
+  EXPECT_EQ (Last (MSG_NOTIFY)->Word10, List->Control.Id);
+  EXPECT_EQ (Ctl.SelectedRows (List), std::vector<uint16_t> ({2}));
 
   // A right click keeps a selection that holds the row and reports the
   // position relative to the list.
   In.MouseDown (X, Y, env::MouseButton::Right, 1);
-  const MESSAGE *Ctx = Last (MSG_NOTIFY);
-  ASSERT_NE (Ctx, nullptr);
-  EXPECT_EQ (Ctx->Code, NOTIFY_CONTEXT);
-  const uint8_t *B = reinterpret_cast<const uint8_t *> (Ctx);
-  EXPECT_EQ (B[12] | (B[13] << 8), 50);
-  EXPECT_EQ (B[14] | (B[15] << 8), Top + 2 * RowH + 3);
+  const MESSAGE *Context = Last (MSG_NOTIFY);
+  ASSERT_NE (Context, nullptr);
+  EXPECT_EQ (Context->Code, NOTIFY_CONTEXT);
+  EXPECT_EQ (Context->Word2, 1);
+  EXPECT_EQ (Context->Word10, List->Control.Id);
+  EXPECT_EQ (Context->Word12, 50);
+  EXPECT_EQ (Context->Word14, Top + 2 * RowH + 3);
+
+  // The menu key selects the current row when the selection does not hold it.
+  List->CurrentRow = 3;
+  In.Key (0, env::kScanContextMenu, 0);
+  EXPECT_EQ (Ctl.SelectedRows (List), std::vector<uint16_t> ({3}));
+  EXPECT_EQ (Last (MSG_NOTIFY)->Code, NOTIFY_CONTEXT);
+
+  // Nothing reaches a window whose NotifyEnabled byte is 0.
+  Received.clear ();
+  W->NotifyEnabled = 0;
+  In.MouseDown (X0, Y0, env::MouseButton::Left, 1);
+  In.MouseDown (X4, Y4, env::MouseButton::Left, 2);
+  EXPECT_EQ (Last (MSG_NOTIFY), nullptr);
+  EXPECT_EQ (List->CurrentRow, 4);
 }
 
-TEST_F (DesktopInputTest, ColumnTitlesSizeColumnsAndCutCellsShowTheirText) {
+// (A cut name's tooltip under the pointer is a golden scene.)
+TEST_F (DesktopInputTest, ColumnTitlesSizeColumnsAndTheBarScrollsThem) {
   env::DesktopInput In (Env ());
   env::ControlDriver &Ctl = Env ().controls ();
   WINDOW_HEADER *W = MakeWindow (0, 0, 600, 500);
@@ -165,18 +190,8 @@ TEST_F (DesktopInputTest, ColumnTitlesSizeColumnsAndCutCellsShowTheirText) {
   Ctl.SetColumnWidth (List, 0, 120);
   env::ListGeometry G = Ctl.Geometry (List);
   int X, Y;
-
-  // The pointer on a cut name shows it whole below the pointer; on a whole one, nothing.
-  env::TooltipInfo Tip;
-  At (List, G.ViewX + G.Columns[0].TextX + 10, G.RowsY + G.RowHeight + 3, X, Y);
-  EXPECT_TRUE (In.MouseMove (X, Y));
-  ASSERT_TRUE (Ctl.ShownCellTip (Tip));
-  EXPECT_EQ (Tip.Text, "a-name-longer-than-its-column");
-  EXPECT_GT (Tip.Y, Y);
-  env::RenderDesktop (Env ());
-  EXPECT_EQ (Env ().gui ().PixelAt (Tip.X + 1, Tip.Y + 1), 0xFFFFE1u);
-  EXPECT_TRUE (In.MouseMove (X, Y - G.RowHeight));
-  EXPECT_FALSE (Ctl.ShownCellTip (Tip));
+  ASSERT_TRUE (Ctl.ShowCellTip (List, 0, 1, 0, 0)) << "the long name is cut";
+  Ctl.HideCellTip ();
 
   // Dragging the border between the titles sizes the name column.
   int Border = G.ViewX + G.Columns[0].Width;
@@ -250,20 +265,6 @@ TEST_F (DesktopInputTest, PopupsAndButtons) {
   Wb ()->DestroyWindow (Popup);
 }
 
-TEST_F (DesktopInputTest, DesktopWindowRunsWithoutADisplay) {
-  // SDL's dummy video driver needs no X server.
-  setenv ("SDL_VIDEODRIVER", "dummy", 1);
-  MakeWindow (100, 100, 400, 300);
-  TempFolder Dir;
-  env::DesktopOptions Opts;
-  Opts.MaxFrames = 1;
-  Opts.ScreenshotAtExit = (Dir.Path () / "exit.png").string ();
-  ASSERT_TRUE (env::RunDesktop (Env (), Opts));
-  EXPECT_TRUE (std::filesystem::exists (Opts.ScreenshotAtExit));
-  EXPECT_EQ (Env ().gui ().PixelAt (0, 0), env::kDesktopColour);
-  EXPECT_EQ (Env ().gui ().PixelAt (300, 300), env::colours::Face);
-}
-
 namespace {
 unsigned TimerRuns = 0;
 VOID EFIAPI CountTimer (VOID *) { TimerRuns++; }
@@ -310,18 +311,19 @@ TEST_F (DesktopInputTest, MessageBoxTakesAllInputUntilItsButtonIsPressed) {
     if (Asked == 1) {
       EXPECT_TRUE (In.MouseDown (L.ButtonX + 5, L.ButtonY + 5, env::MouseButton::Left, 1));
     } else {
-      EXPECT_TRUE (In.Key (0x0D, 0, 0));
+      EXPECT_TRUE (In.Key (Asked == 2 ? 0x0D : ' ', 0, 0));
     }
     EXPECT_TRUE (Open->Dismissed);
     return 1;
   });
   EXPECT_EQ (Wb ()->MessageBox (1, A ("Text"), A ("Caption"), 0), 1u);
   EXPECT_EQ (Wb ()->MessageBox (1, A ("Again"), A ("Caption"), 0), 1u);
-  EXPECT_EQ (Asked, 2);
+  EXPECT_EQ (Wb ()->MessageBox (1, A ("Once more"), A ("Caption"), 0), 1u);
+  EXPECT_EQ (Asked, 3);
   Base.SetMessageBoxAnswerer (nullptr);
   // After the boxes, the held messages and the timer go on.
   EXPECT_EQ (Base.OpenMessageBox (), nullptr);
-  EXPECT_EQ (Base.PumpMessages (), 2u);
+  EXPECT_EQ (Base.PumpMessages (), 3u);
   EXPECT_EQ (Base.RunTimerTick (), 1u);
   Wb ()->KillTimer (CountTimer, nullptr);
 }
@@ -410,19 +412,25 @@ VOID EFIAPI AskOnce (VOID *) {
 }
 }  // namespace
 
-TEST_F (DesktopInputTest, DesktopWindowShowsAMessageBoxUntilTheDesktopEnds) {
+TEST_F (DesktopInputTest, DesktopWindowRunsWithoutADisplayAndShowsAMessageBoxUntilItEnds) {
+  // SDL's dummy video driver needs no X server.
   setenv ("SDL_VIDEODRIVER", "dummy", 1);
   MakeWindow (100, 100, 400, 300);
   BoxBase = Wb ();
   BoxAnswer = 0;
   ASSERT_TRUE (Wb ()->SetTimer (AskOnce, nullptr));
+  TempFolder Dir;
   env::DesktopOptions Opts;
   Opts.MaxFrames = 3;          // the box's own loop presents the last frames
   Opts.TickMilliseconds = 1;
+  Opts.ScreenshotAtExit = (Dir.Path () / "exit.png").string ();
   ASSERT_TRUE (env::RunDesktop (Env (), Opts));
+  EXPECT_TRUE (std::filesystem::exists (Opts.ScreenshotAtExit));
   EXPECT_EQ (BoxAnswer, 1u);
   env::MessageBoxLayout L = env::LayoutOfMessageBox (Env (), "Disk full", "Copy");
   EXPECT_EQ (Env ().gui ().PixelAt (L.X + L.Width / 2, L.Y + 4), env::colours::ActiveCaption);
+  EXPECT_EQ (Env ().gui ().PixelAt (0, 0), env::kDesktopColour);
+  EXPECT_EQ (Env ().gui ().PixelAt (300, 300), env::colours::Face);
   EXPECT_EQ (Env ().windows ().OpenMessageBox (), nullptr);
 }
 

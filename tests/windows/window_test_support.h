@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
@@ -14,6 +15,28 @@
 #include "env/gui/paint_context.h"
 #include "services/gui_driver.h"
 #include "env/windows/window_base.h"
+
+// An 8-bit text as the tables take it.
+inline const CHAR8 *Ascii (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
+
+// A directory entry record as the file driver hands it: the name first.
+struct Entry {
+  char Name[216] = {};
+  explicit Entry (const char *N) { std::strncpy (Name, N, sizeof (Name) - 1); }
+};
+
+// A resize record: the new size and, when Move, the new position.
+inline MESSAGE ResizeMessage (UINT16 Width, UINT16 Height, bool Move = false, UINT16 X = 0, UINT16 Y = 0) {
+  MESSAGE Resize {};
+  Resize.Type = MSG_RESIZE;
+  Resize.Code = 1;
+  Resize.Word2 = Width;
+  Resize.Word4 = Height;
+  Resize.Byte7 = Move ? 1 : 0;
+  Resize.Word8 = X;
+  Resize.Word10 = Y;
+  return Resize;
+}
 
 struct RecordedMessage {
   WINDOW_HEADER *Window;
