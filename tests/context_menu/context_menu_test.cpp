@@ -1,17 +1,9 @@
 // The listing's right-button menu: its items, the enable rules by selection,
 // write protection and clipboard, the comparison volumes, placement at the
 // screen edges, and the comparison and attributes commands.
-#include <map>
-#include <string>
-#include <vector>
-
-#include "env/controls/control_driver.h"
-#include "env/files/file_driver.h"
-#include "env/jobio/jobio_driver.h"
 #include "env/host/ntfs_service.h"
-#include "env/windows/window_base.h"
-#include "filemanager/main_window.h"
-#include "support/driver_fixture.h"
+#include "env/jobio/jobio_driver.h"
+#include "support/main_window_fixture.h"
 
 namespace {
 
@@ -29,44 +21,32 @@ WINDOW_HEADER *EFIAPI RecordAttributes (UINT8 Volume, UINT32 Entry, const CHAR8 
   return nullptr;
 }
 
-class ContextMenuTest : public DriverTest {
+class ContextMenuTest : public MainWindowTest {
  protected:
-  MAIN_WINDOW *OpenMain (int Volume) {
-    auto *W = reinterpret_cast<MAIN_WINDOW *> (
-        Surveyor ()->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr));
-    EXPECT_NE (W, nullptr);
-    return W;
-  }
-  uint16_t Row (MAIN_WINDOW *W, const std::string &Name) {
-    for (uint16_t R = 0; R < W->List->RowCount; R++)
-      if (Env ().controls ().CellText (W->List, 0, R) == Name) return R;
-    ADD_FAILURE () << "no row " << Name;
-    return 0;
-  }
   // Right click with Rows selected; the popup shown.
   WINDOW_HEADER *RightClick (MAIN_WINDOW *W, std::vector<uint16_t> Rows, uint16_t X = 5, uint16_t Y = 5) {
-    Env ().windows ().ClosePopup ();
-    Env ().controls ().SelectRows (W->List, Rows);
-    Env ().controls ().ContextClick (W->List, X, Y);
-    return Env ().windows ().ShownPopup ();
+    Base ().ClosePopup ();
+    Controls ().SelectRows (W->List, Rows);
+    Controls ().ContextClick (W->List, X, Y);
+    return Base ().ShownPopup ();
   }
-  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
-  void Close (MAIN_WINDOW *W) {
-    Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
-    Env ().windows ().PumpMessages ();
+  std::vector<std::string> Texts (WINDOW_HEADER *Popup) {
+    std::vector<std::string> Out;
+    for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup)) Out.push_back (Item.Separator ? "-" : Item.Text);
+    return Out;
   }
   // The popup lives as long as the driver: build it once, then count pool
   // blocks from there.
   void BuildMenuFirst (int Volume) {
-    MAIN_WINDOW *W = OpenMain (Volume);
+    MAIN_WINDOW *W = Open (Volume);
     ASSERT_NE (RightClick (W, {}), nullptr);
-    Env ().windows ().ClosePopup ();
+    Base ().ClosePopup ();
     Close (W);
     RebaseAfterFirstUse ();
   }
   void Choose (const std::string &Text) {
-    ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text)) << Text;
-    Env ().windows ().PumpMessages ();
+    ASSERT_TRUE (Base ().ChoosePopupItem (Base ().ShownPopup (), Text)) << Text;
+    Base ().PumpMessages ();
   }
 };
 
@@ -74,17 +54,14 @@ TEST_F (ContextMenuTest, ItemsAndTheNoSelectionRules) {
   int C = MakeVolume ("sys", 0, 0, 1, "C:");
   WriteFile (C, "a.txt", "1");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  MAIN_WINDOW *W = Open (C);
   WINDOW_HEADER *Popup = RightClick (W, {});
   ASSERT_NE (Popup, nullptr);
-  std::vector<std::string> Texts;
-  for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup)) {
-    Texts.push_back (Item.Separator ? "-" : Item.Text);
+  for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup))
     if (!Item.Separator) EXPECT_EQ (Item.Context, &W->Header) << Item.Text;
-  }
-  std::vector<std::string> Want = {"Copy", "Delete", "Rename", "Paste", "-", "Attributes", "-", kCompare1, kCompare2};
-  EXPECT_EQ (Texts, Want);
-  auto E = Enabled (Popup);
+  EXPECT_EQ (Texts (Popup), (std::vector<std::string> {"Copy", "Delete", "Rename", "Paste", "-", "Attributes", "-",
+                                                         kCompare1, kCompare2}));
+  auto E = PopupItemStates (Popup);
   EXPECT_FALSE (E["Copy"] || E["Delete"] || E["Rename"] || E["Attributes"] || E[kCompare1] || E[kCompare2]);
   EXPECT_FALSE (E["Paste"]) << "nothing in the clipboard";
 
@@ -92,10 +69,10 @@ TEST_F (ContextMenuTest, ItemsAndTheNoSelectionRules) {
   UINT32 Id = Jobio->BeginClipboard (static_cast<UINT8> (C), reinterpret_cast<const CHAR8 *> ("\\"));
   ASSERT_NE (Id, 0u);
   ASSERT_TRUE (Jobio->AddToClipboard (Id, reinterpret_cast<const CHAR8 *> ("a.txt")));
-  E = Enabled (RightClick (W, {}));
+  E = PopupItemStates (RightClick (W, {}));
   EXPECT_TRUE (E["Paste"]);
   EXPECT_FALSE (E["Copy"] || E["Delete"] || E["Rename"] || E["Attributes"]);
-  Env ().windows ().ClosePopup ();
+  Base ().ClosePopup ();
 }
 
 TEST_F (ContextMenuTest, SelectionRulesAndComparisonVolumes) {
@@ -106,23 +83,23 @@ TEST_F (ContextMenuTest, SelectionRulesAndComparisonVolumes) {
   WriteFile (C, "a.txt", "1");
   WriteFile (C, "b.txt", "1");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  MAIN_WINDOW *W = Open (C);
 
-  auto E = Enabled (RightClick (W, {Row (W, "a.txt")}));
+  auto E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
   EXPECT_TRUE (E["Copy"] && E["Delete"] && E["Rename"] && E["Attributes"]);
   EXPECT_FALSE (E["Paste"]);
   EXPECT_TRUE (E[kCompare1] && E[kCompare2]);
   EXPECT_EQ (W->CompareTarget1, T1);
   EXPECT_EQ (W->CompareTarget2, T2);
 
-  E = Enabled (RightClick (W, {Row (W, "a.txt"), Row (W, "b.txt")}));
+  E = PopupItemStates (RightClick (W, {Row (W, "a.txt"), Row (W, "b.txt")}));
   EXPECT_TRUE (E["Copy"] && E["Delete"]);
   EXPECT_FALSE (E["Rename"] || E["Attributes"] || E[kCompare1] || E[kCompare2] || E["Paste"]);
 
   // A later volume with flags 0x81 wins; without a 0x82 volume the second item stays grey.
   int Later = MakeVolume ("backup1b", 0x81);
   Env ().files ().Table ()->Volumes[T2].Flags = 0;
-  E = Enabled (RightClick (W, {Row (W, "a.txt")}));
+  E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
   EXPECT_TRUE (E[kCompare1]);
   EXPECT_FALSE (E[kCompare2]);
   EXPECT_EQ (W->CompareTarget1, Later);
@@ -131,7 +108,7 @@ TEST_F (ContextMenuTest, SelectionRulesAndComparisonVolumes) {
   Env ().files ().Table ()->Volumes[Later].Offered = 0;
   RightClick (W, {Row (W, "a.txt")});
   EXPECT_EQ (W->CompareTarget1, T1);
-  Env ().windows ().ClosePopup ();
+  Base ().ClosePopup ();
 }
 
 TEST_F (ContextMenuTest, ComparisonsOnlyFromTheWritableSystemDrive) {
@@ -143,29 +120,29 @@ TEST_F (ContextMenuTest, ComparisonsOnlyFromTheWritableSystemDrive) {
   for (int V : {D, Gbk, Ro}) WriteFile (V, "a.txt", "1");
   BuildMenuFirst (D);
 
-  MAIN_WINDOW *W = OpenMain (D);
-  auto E = Enabled (RightClick (W, {Row (W, "a.txt")}));
+  MAIN_WINDOW *W = Open (D);
+  auto E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
   EXPECT_FALSE (E[kCompare1] || E[kCompare2]);
   EXPECT_EQ (W->CompareTarget1, 255);
 
-  W = OpenMain (Gbk);
-  E = Enabled (RightClick (W, {Row (W, "a.txt")}));
+  W = Open (Gbk);
+  E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
   EXPECT_TRUE (E[kCompare1] && E[kCompare2]) << "drive C in GBK";
 
-  W = OpenMain (Ro);
-  E = Enabled (RightClick (W, {Row (W, "a.txt")}));
+  W = Open (Ro);
+  E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
   EXPECT_FALSE (E[kCompare1] || E[kCompare2]) << "write-protected";
   EXPECT_FALSE (E["Rename"] || E["Delete"] || E["Paste"]) << "write-protected";
-  E = Enabled (RightClick (W, {}));
+  E = PopupItemStates (RightClick (W, {}));
   EXPECT_FALSE (E["Rename"] || E["Delete"] || E["Paste"]);
-  Env ().windows ().ClosePopup ();
+  Base ().ClosePopup ();
 }
 
 TEST_F (ContextMenuTest, PopupOpensLeftAndAboveNearTheScreenEdges) {
   int C = MakeVolume ("sys", 0, 0, 1, "C:");
   WriteFile (C, "a.txt", "1");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  MAIN_WINDOW *W = Open (C);
   UINT16 Ox = 0, Oy = 0;
   Wb ()->GetControlOrigin (&Ox, &Oy, W->List);
   WINDOW_HEADER *Popup = RightClick (W, {}, 20, 30);
@@ -182,7 +159,7 @@ TEST_F (ContextMenuTest, PopupOpensLeftAndAboveNearTheScreenEdges) {
   ASSERT_GT (Ox + X + Popup->Width, Gui ()->ScreenWidth - 2);
   EXPECT_EQ (Popup->X, Ox + X - Popup->Width);
   EXPECT_EQ (Popup->Y, Oy + Y - Popup->Height);
-  Env ().windows ().ClosePopup ();
+  Base ().ClosePopup ();
 }
 
 TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
@@ -191,10 +168,10 @@ TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
   WriteFile (C, "docs/a.txt", "1");
   WriteFile (T2, "docs/a.txt", "1");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  MAIN_WINDOW *W = Open (C);
   RightClick (W, {Row (W, "docs")});
   Choose (kCompare2);
-  WINDOW_HEADER *Active = Env ().windows ().ActiveWindow ();
+  WINDOW_HEADER *Active = Base ().ActiveWindow ();
   ASSERT_NE (Active, nullptr);
   ASSERT_NE (Active, &W->Header);
   EXPECT_EQ (Active->ObjectSize, 848u);
@@ -202,16 +179,16 @@ TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
   EXPECT_STREQ (reinterpret_cast<const char *> (Private), "\\docs");
   EXPECT_EQ (Private[512], C);
   EXPECT_EQ (Private[513], T2);
-  EXPECT_EQ (Env ().windows ().TimerCount (), 1u) << "its job runs";
+  EXPECT_EQ (Base ().TimerCount (), 1u) << "its job runs";
 
   // The comparison volume went away after the menu was shown: the item does nothing.
-  std::vector<env::PopupItemInfo> Items = Env ().windows ().PopupItems (RightClick (W, {Row (W, "docs")}));
-  Env ().windows ().ClosePopup ();
+  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (RightClick (W, {Row (W, "docs")}));
+  Base ().ClosePopup ();
   Env ().files ().Table ()->Volumes[T2].InUse = 0;
-  size_t Before = Env ().windows ().TopLevelWindows ().size ();
+  size_t Before = Base ().TopLevelWindows ().size ();
   for (const env::PopupItemInfo &Item : Items)
     if (Item.Text == kCompare2) Item.Command (Item.Item, &W->Header);
-  EXPECT_EQ (Env ().windows ().TopLevelWindows ().size (), Before);
+  EXPECT_EQ (Base ().TopLevelWindows ().size (), Before);
   Env ().files ().Table ()->Volumes[T2].InUse = 1;
 }
 
@@ -225,7 +202,7 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
   Env ().ntfs ()->Table ()->OpenAttributesWindow = RecordAttributes;
   gAttributesCalls.clear ();
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  MAIN_WINDOW *W = Open (C);
 
   RightClick (W, {Row (W, "docs")});
   Choose ("Attributes");
@@ -246,26 +223,23 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
   RightClick (W, {Row (W, "f.txt")});
   Choose ("Attributes");
   Env ().ntfs ()->SetReady (true);
-  MAIN_WINDOW *P = OpenMain (Plain);
+  MAIN_WINDOW *P = Open (Plain);
   RightClick (P, {Row (P, "f.txt")});
   Choose ("Attributes");
   EXPECT_EQ (gAttributesCalls.size (), 2u);
 }
 
 TEST_F (ContextMenuTest, AttributesItemOnlyWithExtendedMenus) {
-  Env ().windows ().SetExtendedMenus (false);
+  Base ().SetExtendedMenus (false);
   int C = MakeVolume ("sys", 0, 0, 1, "C:");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
-  std::vector<std::string> Texts;
-  for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (RightClick (W, {})))
-    Texts.push_back (Item.Separator ? "-" : Item.Text);
+  MAIN_WINDOW *W = Open (C);
   std::vector<std::string> Want = {"Copy", "Delete", "Rename", "Paste", "-", kCompare1, kCompare2};
-  EXPECT_EQ (Texts, Want);
+  EXPECT_EQ (Texts (RightClick (W, {})), Want);
   // Asked once, when the popup is built.
-  Env ().windows ().SetExtendedMenus (true);
-  EXPECT_EQ (Env ().windows ().PopupItems (RightClick (W, {})).size (), Want.size ());
-  Env ().windows ().ClosePopup ();
+  Base ().SetExtendedMenus (true);
+  EXPECT_EQ (Base ().PopupItems (RightClick (W, {})).size (), Want.size ());
+  Base ().ClosePopup ();
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include "env/jobio/jobio_driver.h"
 #include "filemanager/listing.h"
-#include "filemanager/main_window_fixture.h"
+#include "support/main_window_fixture.h"
 #include "fileops/file_ops.h"
 
 namespace {
@@ -44,7 +44,7 @@ class MessagesTest : public MainWindowTest {
 };
 
 TEST_F (MessagesTest, KeysActOnlyWhileListHasFocus) {
-  Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "gone.txt"))});
+  Select (W, {"gone.txt"});
   W->Header.FocusControl = nullptr;
   MESSAGE CtrlC = Key ('c', 0, KEY_STATE_LEFT_CONTROL);
   EXPECT_EQ (SendRecord (CtrlC), 0u);
@@ -81,7 +81,7 @@ TEST_F (MessagesTest, KeysActOnlyWhileListHasFocus) {
 
   // Ctrl+V pastes the copied file into another folder.
   MakeDir (V, "dest");
-  Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "keep.txt"))});
+  Select (W, {"keep.txt"});
   MESSAGE Copy = Key ('c', 0, KEY_STATE_LEFT_CONTROL);
   SendRecord (Copy);
   Open (V, "\\dest");
@@ -122,7 +122,7 @@ TEST_F (MessagesTest, NotificationsNeedTheListAndNotifyEnabled) {
   MakeDir (V, "sub");
   Open (V, "\\");
   MESSAGE OpenRow = Notify (NOTIFY_OPEN_ROW);
-  OpenRow.Word6 = static_cast<UINT16> (Row (W, "sub"));
+  OpenRow.Word6 = Row (W, "sub");
   OpenRow.Word10 = static_cast<UINT16> (ListId + 1);
   SendRecord (OpenRow);
   EXPECT_EQ (Path (W), "\\");

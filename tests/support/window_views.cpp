@@ -1,0 +1,12 @@
+#include "support/window_views.h"
+
+std::vector<std::string> ShownMessageBoxes (env::WindowBase &Windows) {
+  std::vector<std::string> Out;
+  for (const env::MessageBoxRecord &Box : Windows.MessageBoxes ())
+    Out.push_back (Box.Caption + ": " + Box.Text + (Box.Style == 1 ? "" : " (style " + std::to_string (Box.Style) + ")"));
+  return Out;
+}
+
+std::vector<std::string> OneMessageBox (const std::string &Caption, const std::string &Text) {
+  return {Caption + ": " + Text};
+}
