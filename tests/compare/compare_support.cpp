@@ -104,8 +104,13 @@ std::string Escaped (const std::string &Bytes) {
   return Out;
 }
 
+std::vector<std::string> Escaped (const std::vector<std::string> &Lines) {
+  std::vector<std::string> Out;
+  for (const std::string &Line : Lines) Out.push_back (Escaped (Line));
+  return Out;
+}
+
 std::vector<Report> gReports;
-bool gSnapshotAtEnd = false;
 COMPARE_RESULT *gFinalSnapshot = nullptr;
 SURVEYOR_PROTOCOL *gProtocol = nullptr;
 
@@ -116,12 +121,15 @@ VOID EFIAPI ReportCallback (COMPARE_JOB *Job, CHAR8 *Line, UINT32 ItemCount, BOO
   if (Line != nullptr) R.Line = reinterpret_cast<const char *> (Line);
   R.Finished = Finished != 0;
   gReports.push_back (R);
-  if (Finished && gSnapshotAtEnd && gProtocol != nullptr) gFinalSnapshot = gProtocol->SnapshotCompareResult (Job);
+  if (Finished && gProtocol != nullptr) {
+    if (gFinalSnapshot != nullptr) gProtocol->FreeCompareSnapshot (gFinalSnapshot);
+    gFinalSnapshot = gProtocol->SnapshotCompareResult (Job);
+  }
 }
 
 std::vector<StoredEntry> StoredEntries (const COMPARE_RESULT *Result) {
   std::vector<StoredEntry> Out;
-  for (unsigned I = 0; I < Result->EntryCount; I++) {
+  for (unsigned I = 0; Result != nullptr && I < Result->EntryCount; I++) {
     const RESULT_ENTRY &E = Result->Entries[I];
     Out.push_back ({E.Name ? reinterpret_cast<const char *> (E.Name) : "(null)", E.IsDirectory, E.Code, E.IsHeading,
                     E.Link});
@@ -137,7 +145,6 @@ std::ostream &operator<< (std::ostream &Out, const StoredEntry &E) {
 void CompareTest::SetUp () {
   DriverTest::SetUp ();
   gReports.clear ();
-  gSnapshotAtEnd = false;
   gFinalSnapshot = nullptr;
   gProtocol = Surveyor ();
   Src = MakeVolume ("source");
@@ -165,11 +172,16 @@ void CompareTest::Both (const std::string &Relative, const std::string &Bytes, t
   Put (Bak, Relative, Bytes, When);
 }
 
-void CompareTest::Dir (int Volume, const std::string &Relative) { MakeDir (Volume, Relative); }
-
 COMPARE_JOB *CompareTest::Start (const std::string &Path) {
   return Surveyor ()->StartCompareJobWithCallback (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
                                                    reinterpret_cast<const CHAR8 *> (Path.c_str ()), ReportCallback);
+}
+
+const COMPARE_RESULT *CompareTest::Compared (const std::string &Path) {
+  gReports.clear ();
+  if (Start (Path) != nullptr && RunToEnd () > 0) return gFinalSnapshot;
+  ADD_FAILURE () << Path << " did not run to its end";
+  return nullptr;
 }
 
 int CompareTest::RunToEnd (int Limit) {

@@ -4,25 +4,17 @@
 #include <string>
 
 #include "compare/file_comparison.h"
+#include "compare/file_comparison_window.h"
 #include "compare_support.h"
 #include "env/controls/control_driver.h"
 #include "env/jobio/jobio_driver.h"
 #include "env/settings/settings_service.h"
 #include "filemanager/main_window.h"
+#include "support/window_views.h"
 
 namespace {
 
-// The window's fields that the tests read (the 848-byte object's private part).
-struct ComparisonView {
-  WINDOW_HEADER Header;
-  CHAR8 RootPath[512];
-  UINT8 SourceVolume, BackupVolume;
-  UINT8 Reserved[6];
-  CONTROL *LevelField, *EntryField, *ResultLabel;
-  LOG_VIEW *LogView;
-  COMPARE_JOB *Job;
-  COMPARE_RESULT *Snapshot;
-};
+using ComparisonView = FILE_COMPARISON_WINDOW;
 
 class FileComparisonTest : public CompareTest {
  protected:
@@ -45,6 +37,11 @@ class FileComparisonTest : public CompareTest {
     return Env ().windows ().ShownPopup ();
   }
   std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
+  // Right click on line Line and choose the result menu's item called Item.
+  void Choose (ComparisonView *W, uint16_t Line, const std::string &Item) {
+    ASSERT_NE (ContextClick (W, Line), nullptr);
+    ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text (Item))) << Item;
+  }
   void Close (ComparisonView *W) {
     Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
     Env ().windows ().PumpMessages ();
@@ -71,13 +68,9 @@ class FileComparisonTest : public CompareTest {
 TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
   Both ("r/a", "1");
   ComparisonView *First = Open ("\\r");
-  EXPECT_EQ (First->Header.X, 100);
-  EXPECT_EQ (First->Header.Y, 100);
-  EXPECT_EQ (First->Header.Width, 400);
-  EXPECT_EQ (First->Header.Height, 320);
   ComparisonView *Second = Open ("\\r");
-  EXPECT_EQ (Second->Header.X, 100);
-  EXPECT_EQ (Second->Header.Width, 400);
+  EXPECT_EQ (RectOf (&First->Header), (Rect {100, 100, 400, 320}));
+  EXPECT_EQ (RectOf (&Second->Header), (Rect {100, 100, 400, 320}));
 
   Close (First);
   EXPECT_EQ (Stored (), "(none)") << "one of two windows closing stores nothing";
@@ -86,29 +79,13 @@ TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
   Second->Header.Y = 90;
   Close (Second);
   EXPECT_EQ (Stored (), "120,90,500,400");
-  ComparisonView *Third = Open ("\\r");
-  EXPECT_EQ (Third->Header.X, 120);
-  EXPECT_EQ (Third->Header.Y, 90);
-  EXPECT_EQ (Third->Header.Width, 500);
-  EXPECT_EQ (Third->Header.Height, 400);
-}
+  EXPECT_EQ (RectOf (&Open ("\\r")->Header), (Rect {120, 90, 500, 400}));
 
-class StoredRectangleTest : public FileComparisonTest {
- protected:
-  bool AutoLoad () override { return false; }
-};
-
-TEST_F (StoredRectangleTest, FirstWindowOpensAtTheStoredRectangle) {
+  // After a new load the first window opens at the stored rectangle.
+  TearDown ();
+  SetUp ();
   Env ().settings ()->Set ("FileCmp", "Position", "40,50,420,330");
-  LoadDriver ();
-  gProtocol = Surveyor ();
-  Src = MakeVolume ("s2");
-  Bak = MakeVolume ("b2");
-  ComparisonView *W = Open ("\\nothing");
-  EXPECT_EQ (W->Header.X, 40);
-  EXPECT_EQ (W->Header.Y, 50);
-  EXPECT_EQ (W->Header.Width, 420);
-  EXPECT_EQ (W->Header.Height, 330);
+  EXPECT_EQ (RectOf (&Open ("\\nothing")->Header), (Rect {40, 50, 420, 330}));
 }
 
 TEST_F (FileComparisonTest, ControlsAndResizeLayout) {
@@ -163,7 +140,7 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   Put (Src, "w/a.txt", "new-content");
   Put (Bak, "w/a.txt", "old");
   Put (Src, "w/n1", "1");
-  Dir (Src, "w/n2");
+  MakeDir (Src, "w/n2");
   ComparisonView *V = Open ("\\w");
   Finish (V);
   Want = {"\\w" + Text ("heading suffix"),
@@ -173,18 +150,16 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
           TextWith ("finished", {"3"}),
           TextWith ("added", {"2"}),
           TextWith ("changed", {"1"})};
-  std::vector<std::string> Got = Log (V);
-  ASSERT_EQ (Got.size (), Want.size ());
-  for (size_t I = 0; I < Want.size (); I++) EXPECT_EQ (Escaped (Got[I]), Escaped (Want[I])) << I;
+  EXPECT_EQ (Escaped (Log (V)), Escaped (Want));
   EXPECT_EQ (Env ().windows ().TimerCount (), 0u);
 
   // Deleted entries give the deleted line.
-  Dir (Src, "d");
+  MakeDir (Src, "d");
   Both ("d/keep", "k");
   Put (Bak, "d/old", "1");
   ComparisonView *D = Open ("\\d");
   Finish (D);
-  Got = Log (D);
+  std::vector<std::string> Got = Log (D);
   ASSERT_GE (Got.size (), 2u);
   EXPECT_EQ (Got[Got.size () - 2], TextWith ("finished", {"2"}));
   EXPECT_EQ (Got.back (), TextWith ("deleted", {"1"}));
@@ -218,10 +193,9 @@ TEST_F (FileComparisonTest, ResultMenuFollowsTheLineCode) {
   std::vector<std::string> Texts;
   for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup))
     Texts.push_back (Item.Separator ? "-" : Item.Text);
-  std::vector<std::string> WantTexts = {Text ("menu: open folder"), Text ("menu: open backup folder"), "-",
-                                        Text ("menu: delete file"), Text ("menu: copy file"),
-                                        Text ("menu: copy backup file")};
-  EXPECT_EQ (Texts, WantTexts);
+  EXPECT_EQ (Texts, (std::vector<std::string> {Text ("menu: open folder"), Text ("menu: open backup folder"), "-",
+                                                Text ("menu: delete file"), Text ("menu: copy file"),
+                                                Text ("menu: copy backup file")}));
   auto E = Enabled (Popup);
   EXPECT_FALSE (E[Text ("menu: copy backup file")]) << "new since the backup";
   EXPECT_TRUE (E[Text ("menu: delete file")]);
@@ -267,33 +241,28 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
   Finish (W);
   // 0 heading \c, 1 a.txt (11), 2 new.txt (10).
   auto &Jobio = Env ().jobio ();
-  ASSERT_NE (ContextClick (W, 1), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy file")));
+  Choose (W, 1, "menu: copy file");
   EXPECT_EQ (Jobio.ClipboardVolume (), Src);
   EXPECT_EQ (Jobio.ClipboardDirectory (), "\\c");
   EXPECT_EQ (Jobio.ClipboardNames (), std::vector<std::string> {"a.txt"});
 
-  ASSERT_NE (ContextClick (W, 1), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy backup file")));
+  Choose (W, 1, "menu: copy backup file");
   EXPECT_EQ (Jobio.ClipboardVolume (), Bak);
 
   // A heading line puts the folder itself on the clipboard.
-  ASSERT_NE (ContextClick (W, 0), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy file")));
+  Choose (W, 0, "menu: copy file");
   EXPECT_EQ (Jobio.ClipboardVolume (), Src);
   EXPECT_EQ (Jobio.ClipboardDirectory (), "\\");
   EXPECT_EQ (Jobio.ClipboardNames (), std::vector<std::string> {"c"});
 
   // Delete removes the source file of the line.
   ASSERT_TRUE (std::filesystem::exists (VolumePath (Src) / "c" / "new.txt"));
-  ASSERT_NE (ContextClick (W, 2), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: delete file")));
+  Choose (W, 2, "menu: delete file");
   EXPECT_FALSE (std::filesystem::exists (VolumePath (Src) / "c" / "new.txt"));
   EXPECT_TRUE (std::filesystem::exists (VolumePath (Src) / "c" / "a.txt"));
 
   // Open backup folder: the main window of the backup volume, in the line's folder.
-  ASSERT_NE (ContextClick (W, 1), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: open backup folder")));
+  Choose (W, 1, "menu: open backup folder");
   auto *Main = reinterpret_cast<MAIN_WINDOW *> (Env ().windows ().ActiveWindow ());
   ASSERT_NE (Main, nullptr);
   ASSERT_EQ (Main->Header.Handler, MainWindowHandler);
