@@ -12,6 +12,7 @@
 #include "filemanager/file_types.h"
 #include "support/driver_fixture.h"
 #include "support/folder_override.h"
+#include "support/window_views.h"
 
 namespace fs = std::filesystem;
 
@@ -47,6 +48,12 @@ class FileDialogTest : public DriverTest {
     for (auto &I : Items (D)) Out.push_back ((const char *) I.Path);
     return Out;
   }
+  // Whether each item of the tree shows an expander.
+  std::vector<int> Children (FILE_DIALOG *D) {
+    std::vector<int> Out;
+    for (auto &I : Items (D)) Out.push_back (I.HasChildren);
+    return Out;
+  }
   uint16_t IndexOf (FILE_DIALOG *D, const std::string &Path) {
     auto All = Paths (D);
     for (size_t I = 0; I < All.size (); I++)
@@ -63,6 +70,7 @@ class FileDialogTest : public DriverTest {
     Windows ().ClickButton (Button);
   }
   size_t ResultCount () { return Windows ().DialogResults ().size (); }
+  std::vector<std::string> Boxes () { return ShownMessageBoxes (Windows ()); }
   // The last choice handed back: "<volume>:<path>".
   std::string LastResult () {
     if (Windows ().DialogResults ().empty ()) return "<none>";
@@ -93,16 +101,9 @@ TEST_F (FileDialogTest, WindowLayoutAndTreeContents) {
   EXPECT_EQ (W->ObjectSize, 848u);
   EXPECT_EQ (Windows ().WindowText (W), "Pick");
   EXPECT_TRUE (W->Flags & WINDOW_FLAG_DIALOG);
-  EXPECT_EQ (W->X, 20);
-  EXPECT_EQ (W->Y, 30);
-  EXPECT_EQ (W->Width, 400);
-  UINT16 L = Gui ()->GetLineHeight (), Caption = Wb ()->CaptionHeight;
-  UINT16 TreeTop = (UINT16) (Caption + 6 + L + 16), TreeHeight = (UINT16) ((L + 6) * 10 + 6);
-  EXPECT_EQ (D->FileTree->Control.X, 10);
-  EXPECT_EQ (D->FileTree->Control.Y, TreeTop);
-  EXPECT_EQ (D->FileTree->Control.Width, 380);
-  EXPECT_EQ (D->FileTree->Control.Height, TreeHeight);
-  EXPECT_EQ (W->Height, TreeTop + TreeHeight + 6 + 2 * L + 25);
+  int L = Gui ()->GetLineHeight (), TreeTop = Wb ()->CaptionHeight + 6 + L + 16, TreeHeight = (L + 6) * 10 + 6;
+  EXPECT_EQ (RectOf (W), (Rect {20, 30, 400, TreeTop + TreeHeight + 6 + 2 * L + 25}));
+  EXPECT_EQ (RectOf (&D->FileTree->Control), (Rect {10, TreeTop, 380, TreeHeight}));
   EXPECT_STREQ ((const char *) D->CurrentDir, "\\");
   EXPECT_EQ (Windows ().IconPath (W->IconId), "\\efi\\kivora\\icon\\surveyor\\files\\dir.ico");
   CONTROL *Button = Wb ()->GetControl (W, 33);
@@ -111,10 +112,8 @@ TEST_F (FileDialogTest, WindowLayoutAndTreeContents) {
 
   // Names starting with "." never appear; folders first, then files.
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\docs", "\\emptydir", "\\onlyfiles", "\\top.txt"}));
+  EXPECT_EQ (Children (D), (std::vector<int> {1, 1, 1, 0, 1, 0}));
   auto All = Items (D);
-  std::vector<int> Children;
-  for (auto &I : All) Children.push_back (I.HasChildren);
-  EXPECT_EQ (Children, (std::vector<int> {1, 1, 1, 0, 1, 0}));
   for (size_t I = 0; I + 1 < All.size (); I++) EXPECT_EQ (All[I].Icon, gFileIcons.Directory) << All[I].Path;
   EXPECT_EQ (All.back ().Icon, gFileIcons.Unknown);
   EXPECT_NE (gFileIcons.Directory, gFileIcons.Unknown);
@@ -125,17 +124,10 @@ TEST_F (FileDialogTest, WindowLayoutAndTreeContents) {
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\a\\b", "\\a\\b\\deep.txt", "\\docs", "\\emptydir",
                                                   "\\onlyfiles", "\\top.txt"}));
 
-  // The handler's answers.
-  MESSAGE M {};
-  M.Type = MSG_SYSCOMMAND;
-  M.Word2 = SYSCMD_RESTORE;
-  EXPECT_EQ (W->Handler (W, &M), 1);
-  M.Word2 = 5;
-  EXPECT_EQ (W->Handler (W, &M), 0);
-  M.Type = MSG_ACTIVATE;
-  EXPECT_EQ (W->Handler (W, &M), 1);
-  M.Type = MSG_KEY;
-  EXPECT_EQ (W->Handler (W, &M), 0);
+  // The handler takes restore and activation, and no other command or key.
+  EXPECT_EQ (HandlerAnswers (W, {MessageOf (MSG_SYSCOMMAND, SYSCMD_RESTORE), MessageOf (MSG_SYSCOMMAND, 5),
+                                 MessageOf (MSG_ACTIVATE), MessageOf (MSG_KEY)}),
+             "1010");
   EXPECT_EQ (ResultCount (), 0u);
 }
 
@@ -192,10 +184,8 @@ TEST_F (FileDialogTest, ChoicesGiveVolumeAndPath) {
 TEST_F (FileDialogTest, DirectoriesOnly) {
   FILE_DIALOG *D = Open (Vol, 1);
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\docs", "\\emptydir", "\\onlyfiles"}));
-  std::vector<int> Children;
-  for (auto &I : Items (D)) Children.push_back (I.HasChildren);
   // docs and onlyfiles hold only files: no children here.
-  EXPECT_EQ (Children, (std::vector<int> {1, 1, 0, 0, 0}));
+  EXPECT_EQ (Children (D), (std::vector<int> {1, 1, 0, 0, 0}));
   Expand (D, "\\a");
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\a\\b", "\\docs", "\\emptydir", "\\onlyfiles"}));
   EXPECT_EQ (Items (D)[2].HasChildren, 0);
@@ -229,15 +219,12 @@ TEST_F (FileDialogTest, LeftOutEntriesAndUnreadableFoldersAreSaid) {
   EXPECT_EQ (Status (D, 1), "");
   Expand (D, "\\docs");
   EXPECT_EQ (Status (D, 1), LeftOut ("left_long_names", 1));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
 
   FolderOverride Locked (Env ().files ().Table (), "\\a", UnreadableFolderNotes ());
   Expand (D, "\\a");
   EXPECT_EQ (Status (D, 1), "");
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "\\a");
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text,
-             (const char *) GetString (nullptr, (const CHAR8 *) "fail_read_folder"));
+  EXPECT_EQ (Boxes (), OneMessageBox ("\\a", (const char *) GetString (nullptr, (const CHAR8 *) "fail_read_folder")));
 }
 
 TEST_F (FileDialogTest, SwitchingTheVolumeReloadsTheTree) {
@@ -313,7 +300,7 @@ TEST_F (FileDialogTest, ContextMenuCreatesAndRenamesDirectories) {
   // "Delete folder" deletes nothing.
   EXPECT_TRUE (Windows ().ChoosePopupItem (Popup, "Delete folder"));
   EXPECT_TRUE (fs::exists (Root / "docs/readme.txt"));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
 
   // A new folder under the clicked directory.
   OpenContextMenu (D, "\\docs");
@@ -322,16 +309,13 @@ TEST_F (FileDialogTest, ContextMenuCreatesAndRenamesDirectories) {
   ASSERT_TRUE (Controls ().TreeEditing (D->FileTree));
   EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), 0u);
   EXPECT_TRUE (fs::is_directory (Root / "docs/fresh"));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
 
   // The same name again is refused with the path as text.
   OpenContextMenu (D, "\\docs");
   ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
   EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Style, 1);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\docs\\fresh");
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot create folder");
+  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", "\\docs\\fresh"));
   Windows ().ClearMessageBoxes ();
 
   // A cancelled edit creates nothing.
@@ -347,14 +331,12 @@ TEST_F (FileDialogTest, ContextMenuCreatesAndRenamesDirectories) {
   EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "notes.txt", true), 0u);
   EXPECT_EQ (ReadHostFile (Root / "docs/notes.txt"), "readme");
   EXPECT_FALSE (fs::exists (Root / "docs/readme.txt"));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
 
   OpenContextMenu (D, "\\top.txt");
   ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "Rename"));
   EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "docs", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\");
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot rename");
+  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot rename", "\\"));
   EXPECT_EQ (ReadHostFile (Root / "top.txt"), "top");
   EXPECT_FALSE (fs::exists (Root / "docs/fresh/never"));
 
@@ -371,14 +353,11 @@ TEST_F (FileDialogTest, RefusedCreationsOnLockedVolumesAndLongPaths) {
   OpenContextMenu (D, "\\sub");
   ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "New folder"));
   EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "made", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\sub\\made");
   EXPECT_FALSE (fs::exists (VolumePath (Locked) / "sub/made"));
   OpenContextMenu (D, "\\sub");
   ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "Rename"));
   EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "other", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 2u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[1].Text, "\\");
+  EXPECT_EQ (Boxes (), (std::vector<std::string> {"Cannot create folder: \\sub\\made", "Cannot rename: \\"}));
   EXPECT_TRUE (fs::is_directory (VolumePath (Locked) / "sub"));
   Windows ().ClearMessageBoxes ();
 
@@ -395,14 +374,13 @@ TEST_F (FileDialogTest, RefusedCreationsOnLockedVolumesAndLongPaths) {
   OpenContextMenu (E, PathC);
   ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
   EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
   // One character shorter is attempted: the full path would not fit the
   // 512-byte buffer, so it is refused like a failed creation, with a message.
   OpenContextMenu (E, PathB + "\\" + C2);
   ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
   EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot create folder");
+  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", PathB + "\\" + C2 + "\\"));   // what fits 511 bytes
 }
 
 }  // namespace

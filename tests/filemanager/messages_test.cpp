@@ -151,18 +151,12 @@ TEST_F (MessagesTest, ClipboardStateTogglesPaste) {
 }
 
 TEST_F (MessagesTest, AcceptedMessagesAndVolumeNotice) {
-  MESSAGE M{};
-  M.Type = MSG_ACTIVATE;
-  EXPECT_EQ (SendRecord (M), 1u);
-  M.Type = MSG_SYSCOMMAND;
-  M.Word2 = 3;
-  EXPECT_EQ (SendRecord (M), 0u);
-  M.Type = 30;
-  EXPECT_EQ (SendRecord (M), 0u);
+  EXPECT_EQ (HandlerAnswers (&W->Header, {MessageOf (MSG_ACTIVATE), MessageOf (MSG_SYSCOMMAND, 3), MessageOf (30, 3)}),
+             "100");
 
   UINT16 Handle = W->DirHandle;
   ASSERT_NE (Handle, 0);
-  M = {};
+  MESSAGE M{};
   M.Type = MSG_VOLUME_NOTICE;
   M.Code = static_cast<UINT8> (V + 1);
   EXPECT_EQ (SendRecord (M), 0u);

@@ -202,16 +202,9 @@ TEST_F (HexViewerTest, PagingRewritesCellsAndFollowsTheButtonRules) {
   // Keys do not page; the handler takes only restore, close and activation.
   Env ().windows ().SendKey (&Viewer->Header, 0, SCAN_CODE_DOWN, 0);
   EXPECT_EQ (Viewer->CurrentPage, 0u);
-  MESSAGE Message = {};
-  Message.Type = MSG_ACTIVATE;
-  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 1);
-  Message.Type = MSG_SYSCOMMAND;
-  Message.Word2 = 2;
-  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 1);
-  Message.Word2 = 5;
-  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 0);
-  Message.Type = MSG_KEY;
-  EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Message), 0);
+  EXPECT_EQ (HandlerAnswers (&Viewer->Header, {MessageOf (MSG_ACTIVATE), MessageOf (MSG_SYSCOMMAND, 2),
+                                               MessageOf (MSG_SYSCOMMAND, 5), MessageOf (MSG_KEY, 5)}),
+             "1100");
 
   // Closing releases the file.
   EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
