@@ -23,16 +23,24 @@ WINDOW_HEADER *EFIAPI RecordAttributes (UINT8 Volume, UINT32 Entry, const CHAR8 
 
 class ContextMenuTest : public MainWindowTest {
  protected:
-  // Right click with Rows selected; the popup shown.
-  WINDOW_HEADER *RightClick (MAIN_WINDOW *W, std::vector<uint16_t> Rows, uint16_t X = 5, uint16_t Y = 5) {
+  // Right click with the rows of Names selected; the popup shown.
+  WINDOW_HEADER *RightClick (MAIN_WINDOW *W, const std::vector<std::string> &Names, uint16_t X = 5, uint16_t Y = 5) {
     Base ().ClosePopup ();
-    Controls ().SelectRows (W->List, Rows);
+    Select (W, Names);
     Controls ().ContextClick (W->List, X, Y);
     return Base ().ShownPopup ();
   }
   std::vector<std::string> Texts (WINDOW_HEADER *Popup) {
     std::vector<std::string> Out;
     for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup)) Out.push_back (Item.Separator ? "-" : Item.Text);
+    return Out;
+  }
+  // The items' enabled states in menu order (separators left out), one digit
+  // each; where Mask holds '.', the state is not told.
+  std::string States (WINDOW_HEADER *Popup, const std::string &Mask) {
+    std::string Out;
+    for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup))
+      if (!Item.Separator) Out += Out.size () < Mask.size () && Mask[Out.size ()] == '.' ? '.' : Item.Enabled ? '1' : '0';
     return Out;
   }
   // The popup lives as long as the driver: build it once, then count pool
@@ -50,91 +58,73 @@ class ContextMenuTest : public MainWindowTest {
   }
 };
 
-TEST_F (ContextMenuTest, ItemsAndTheNoSelectionRules) {
-  int C = MakeVolume ("sys", 0, 0, 1, "C:");
-  WriteFile (C, "a.txt", "1");
-  BuildMenuFirst (C);
-  MAIN_WINDOW *W = Open (C);
+TEST_F (ContextMenuTest, ItemsAndTheirEnableRules) {
+  int Sys = MakeVolume ("sys", 0, 0, 1, "C:");
+  MakeVolume ("plain");
+  int T1 = MakeVolume ("backup1", 0x81);
+  int T2 = MakeVolume ("backup2", 0x82);
+  int D = MakeVolume ("d", 0, 0, 1, "D:");
+  int Gbk = MakeVolume ("gbk", 0, 0, 1, std::string ("\x43\xC5\xCC"));   // drive C in GBK
+  int Ro = MakeVolume ("ro", 0x80, 0, 1, "C:");
+  for (int V : {Sys, D, Gbk, Ro}) WriteFile (V, "a.txt", "1");
+  WriteFile (Sys, "b.txt", "1");
+  BuildMenuFirst (Sys);
+  MAIN_WINDOW *W = Open (Sys);
   WINDOW_HEADER *Popup = RightClick (W, {});
   ASSERT_NE (Popup, nullptr);
   for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup))
     if (!Item.Separator) EXPECT_EQ (Item.Context, &W->Header) << Item.Text;
   EXPECT_EQ (Texts (Popup), (std::vector<std::string> {"Copy", "Delete", "Rename", "Paste", "-", "Attributes", "-",
                                                          kCompare1, kCompare2}));
-  auto E = PopupItemStates (Popup);
-  EXPECT_FALSE (E["Copy"] || E["Delete"] || E["Rename"] || E["Attributes"] || E[kCompare1] || E[kCompare2]);
-  EXPECT_FALSE (E["Paste"]) << "nothing in the clipboard";
 
-  JOBIO_DRIVER_PROTOCOL *Jobio = Env ().jobio ().Table ();
-  UINT32 Id = Jobio->BeginClipboard (static_cast<UINT8> (C), reinterpret_cast<const CHAR8 *> ("\\"));
-  ASSERT_NE (Id, 0u);
-  ASSERT_TRUE (Jobio->AddToClipboard (Id, reinterpret_cast<const CHAR8 *> ("a.txt")));
-  E = PopupItemStates (RightClick (W, {}));
-  EXPECT_TRUE (E["Paste"]);
-  EXPECT_FALSE (E["Copy"] || E["Delete"] || E["Rename"] || E["Attributes"]);
+  // Copy, Delete, Rename, Paste, Attributes and the two comparisons; a
+  // write-protected volume leaves Copy as the popup's last showing set it.
+  struct Case {
+    int Volume;
+    std::vector<std::string> Selected;
+    std::string States, Why;
+  } Cases[] = {
+      {Sys, {}, "0000000", "nothing selected, nothing in the clipboard"},
+      {Sys, {}, "0001000", "nothing selected, something in the clipboard"},
+      {Sys, {"a.txt"}, "1110111", "one file"},
+      {Sys, {"a.txt", "b.txt"}, "1100000", "two files"},
+      {D, {"a.txt"}, "1110100", "drive D: no comparisons"},
+      {Gbk, {"a.txt"}, "1110111", "drive C in GBK"},
+      {Ro, {"a.txt"}, ".000100", "write-protected"},
+      {Ro, {}, ".000000", "write-protected, nothing selected"},
+  };
+  for (const Case &C : Cases) {
+    if (&C == &Cases[1]) {
+      JOBIO_DRIVER_PROTOCOL *Jobio = Env ().jobio ().Table ();
+      UINT32 Id = Jobio->BeginClipboard (static_cast<UINT8> (Sys), A8 ("\\"));
+      ASSERT_TRUE (Id != 0 && Jobio->AddToClipboard (Id, A8 ("a.txt")));
+    }
+    MAIN_WINDOW *Window = Open (C.Volume);
+    EXPECT_EQ (States (RightClick (Window, C.Selected), C.States), C.States) << C.Why;
+    if (C.Volume == D) EXPECT_EQ (Window->CompareTarget1, 255);
+  }
+  EXPECT_EQ (W->CompareTarget1, T1);
+  EXPECT_EQ (W->CompareTarget2, T2);
   Base ().ClosePopup ();
 }
 
-TEST_F (ContextMenuTest, SelectionRulesAndComparisonVolumes) {
-  int C = MakeVolume ("sys", 0, 0, 1, "C:");
-  MakeVolume ("plain");
+TEST_F (ContextMenuTest, ComparisonVolumesAreTheLastOfferedWithTheirFlags) {
+  int Sys = MakeVolume ("sys", 0, 0, 1, "C:");
   int T1 = MakeVolume ("backup1", 0x81);
   int T2 = MakeVolume ("backup2", 0x82);
-  WriteFile (C, "a.txt", "1");
-  WriteFile (C, "b.txt", "1");
-  BuildMenuFirst (C);
-  MAIN_WINDOW *W = Open (C);
-
-  auto E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_TRUE (E["Copy"] && E["Delete"] && E["Rename"] && E["Attributes"]);
-  EXPECT_FALSE (E["Paste"]);
-  EXPECT_TRUE (E[kCompare1] && E[kCompare2]);
-  EXPECT_EQ (W->CompareTarget1, T1);
-  EXPECT_EQ (W->CompareTarget2, T2);
-
-  E = PopupItemStates (RightClick (W, {Row (W, "a.txt"), Row (W, "b.txt")}));
-  EXPECT_TRUE (E["Copy"] && E["Delete"]);
-  EXPECT_FALSE (E["Rename"] || E["Attributes"] || E[kCompare1] || E[kCompare2] || E["Paste"]);
-
+  WriteFile (Sys, "a.txt", "1");
+  BuildMenuFirst (Sys);
+  MAIN_WINDOW *W = Open (Sys);
   // A later volume with flags 0x81 wins; without a 0x82 volume the second item stays grey.
   int Later = MakeVolume ("backup1b", 0x81);
   Env ().files ().Table ()->Volumes[T2].Flags = 0;
-  E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_TRUE (E[kCompare1]);
-  EXPECT_FALSE (E[kCompare2]);
+  EXPECT_EQ (States (RightClick (W, {"a.txt"}), ""), "1110110");
   EXPECT_EQ (W->CompareTarget1, Later);
   EXPECT_EQ (W->CompareTarget2, 255);
   // A volume that is not offered does not count.
   Env ().files ().Table ()->Volumes[Later].Offered = 0;
-  RightClick (W, {Row (W, "a.txt")});
+  RightClick (W, {"a.txt"});
   EXPECT_EQ (W->CompareTarget1, T1);
-  Base ().ClosePopup ();
-}
-
-TEST_F (ContextMenuTest, ComparisonsOnlyFromTheWritableSystemDrive) {
-  int D = MakeVolume ("d", 0, 0, 1, "D:");
-  int Gbk = MakeVolume ("gbk", 0, 0, 1, std::string ("\x43\xC5\xCC"));
-  int Ro = MakeVolume ("ro", 0x80, 0, 1, "C:");
-  MakeVolume ("backup1", 0x81);
-  MakeVolume ("backup2", 0x82);
-  for (int V : {D, Gbk, Ro}) WriteFile (V, "a.txt", "1");
-  BuildMenuFirst (D);
-
-  MAIN_WINDOW *W = Open (D);
-  auto E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_FALSE (E[kCompare1] || E[kCompare2]);
-  EXPECT_EQ (W->CompareTarget1, 255);
-
-  W = Open (Gbk);
-  E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_TRUE (E[kCompare1] && E[kCompare2]) << "drive C in GBK";
-
-  W = Open (Ro);
-  E = PopupItemStates (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_FALSE (E[kCompare1] || E[kCompare2]) << "write-protected";
-  EXPECT_FALSE (E["Rename"] || E["Delete"] || E["Paste"]) << "write-protected";
-  E = PopupItemStates (RightClick (W, {}));
-  EXPECT_FALSE (E["Rename"] || E["Delete"] || E["Paste"]);
   Base ().ClosePopup ();
 }
 
@@ -169,7 +159,7 @@ TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
   WriteFile (T2, "docs/a.txt", "1");
   BuildMenuFirst (C);
   MAIN_WINDOW *W = Open (C);
-  RightClick (W, {Row (W, "docs")});
+  RightClick (W, {"docs"});
   Choose (kCompare2);
   WINDOW_HEADER *Active = Base ().ActiveWindow ();
   ASSERT_NE (Active, nullptr);
@@ -182,7 +172,7 @@ TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
   EXPECT_EQ (Base ().TimerCount (), 1u) << "its job runs";
 
   // The comparison volume went away after the menu was shown: the item does nothing.
-  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (RightClick (W, {Row (W, "docs")}));
+  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (RightClick (W, {"docs"}));
   Base ().ClosePopup ();
   Env ().files ().Table ()->Volumes[T2].InUse = 0;
   size_t Before = Base ().TopLevelWindows ().size ();
@@ -204,7 +194,7 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
   BuildMenuFirst (C);
   MAIN_WINDOW *W = Open (C);
 
-  RightClick (W, {Row (W, "docs")});
+  RightClick (W, {"docs"});
   Choose ("Attributes");
   ASSERT_EQ (gAttributesCalls.size (), 1u);
   EXPECT_EQ (gAttributesCalls[0].Volume, C);
@@ -212,7 +202,7 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
   LIST_ITEM *Docs = Cd ()->GetItem (W->List, Row (W, "docs"));
   EXPECT_EQ (gAttributesCalls[0].Entry, Docs->EntryWord);
 
-  RightClick (W, {Row (W, "f.txt")});
+  RightClick (W, {"f.txt"});
   Choose ("Attributes");
   ASSERT_EQ (gAttributesCalls.size (), 2u);
   EXPECT_EQ (gAttributesCalls[1].Text, "f.txt");
@@ -220,11 +210,11 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
 
   // Not ready, or a volume of another kind: nothing.
   Env ().ntfs ()->SetReady (false);
-  RightClick (W, {Row (W, "f.txt")});
+  RightClick (W, {"f.txt"});
   Choose ("Attributes");
   Env ().ntfs ()->SetReady (true);
   MAIN_WINDOW *P = Open (Plain);
-  RightClick (P, {Row (P, "f.txt")});
+  RightClick (P, {"f.txt"});
   Choose ("Attributes");
   EXPECT_EQ (gAttributesCalls.size (), 2u);
 }
