@@ -66,8 +66,7 @@ TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
   Activate (W, "a");
   EXPECT_EQ (Path (W), "\\a");
   EXPECT_EQ (W->Depth, 1);
-  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
-  EXPECT_TRUE (FileItem (W, "gouplayer").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
   EXPECT_EQ (Status (W), "\\a\\");
 
   Controls ().SelectRows (W->List, {5});
@@ -89,8 +88,7 @@ TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
   Up->Command (Up, &W->Header);
   EXPECT_EQ (Path (W), "\\");
   EXPECT_EQ (W->Depth, 0);
-  EXPECT_FALSE (Enabled (Up));
-  EXPECT_FALSE (FileItem (W, "gouplayer").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:11 newdir:1");
   unsigned Redraws = Base ().RedrawCount (W->List);
   EXPECT_FALSE (GoUp (W));
   Up->Command (Up, &W->Header);
@@ -183,18 +181,14 @@ TEST_F (MainWindowTest, StatusTextsFollowSelection) {
   Controls ().SelectRows (W->List, {Row (W, "two.txt")});
   EXPECT_EQ (Status (W), "\\sub\\two.txt");
   EXPECT_EQ (Base ().WindowText (Field), "\\sub\\two.txt");
-  EXPECT_TRUE (Enabled (Button (W, CopyCommand)));
-  EXPECT_TRUE (Enabled (Button (W, DeleteCommand)));
-  EXPECT_TRUE (FileItem (W, "delete").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
 
   Controls ().SelectRows (W->List, {2, 3, 4});
   EXPECT_EQ (Status (W), Format (Res (nullptr, "files_selected"), 3));
 
   Controls ().SelectRows (W->List, {});
   EXPECT_EQ (Status (W), Format (Res (nullptr, "files_total"), 5));
-  EXPECT_FALSE (Enabled (Button (W, CopyCommand)));
-  EXPECT_FALSE (Enabled (Button (W, DeleteCommand)));
-  EXPECT_FALSE (FileItem (W, "copy file").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:00 paste file:00 delete:00 newdir:1");
 }
 
 TEST_F (MainWindowTest, PathStatusStopsAt250Characters) {
@@ -259,7 +253,7 @@ TEST_F (MainWindowTest, UnreadableFolderIsReportedAndTheWindowStaysWhereItWas) {
   EXPECT_EQ (W->Depth, 1);
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "locked", "open"}));
   EXPECT_EQ (W->List->CurrentRow, Row (W, "locked"));
-  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
 }
 
 }  // namespace

@@ -12,7 +12,9 @@
 #include "env/files/file_driver.h"
 #include "env/settings/settings_service.h"
 #include "env/windows/window_base.h"
+#include "filemanager/listing.h"
 #include "filemanager/main_window.h"
+#include "fileops/file_ops.h"
 #include "menu_header/menu_header.h"
 #include "support/driver_fixture.h"
 #include "support/window_views.h"
@@ -85,6 +87,18 @@ class MainWindowTest : public DriverTest {
     return nullptr;
   }
   bool Enabled (MENU_ITEM *Item) { return Item != nullptr && (Item->Control.Flags & 0x01) != 0; }
+  // Whether the commands are enabled, as "name:" with the digit of the toolbar
+  // button, then of the File menu item: go up, copy, paste, delete, and new
+  // folder (a File menu item only).
+  std::string CommandStates (MAIN_WINDOW *W) {
+    auto Digit = [] (bool On) { return On ? '1' : '0'; };
+    std::string Out;
+    const std::pair<COMMAND_CALLBACK, const char *> Commands[] = {
+        {GoUpCommand, "gouplayer"}, {CopyCommand, "copy file"}, {PasteCommand, "paste file"}, {DeleteCommand, "delete"}};
+    for (const auto &[Command, Key] : Commands)
+      Out += std::string (Key) + ":" + Digit (Enabled (Button (W, Command))) + Digit (FileItem (W, Key).Enabled) + " ";
+    return Out + "newdir:" + Digit (FileItem (W, "newdir").Enabled);
+  }
 
   UINTN Send (MAIN_WINDOW *W, MESSAGE Message) { return Wb ()->SendMessage (&W->Header, &Message); }
   void Close (WINDOW_HEADER *W) {
