@@ -90,6 +90,17 @@ class FileDialogTest : public DriverTest {
   void OpenContextMenu (FILE_DIALOG *D, const std::string &Path) {
     Controls ().TreeContextClick (D->FileTree, IndexOf (D, Path), 5, 6);
   }
+  // Right click on the item Path, choose Item, then end the in-place edit
+  // with Text; the dialog's answer to the edit (0 or TREE_REFUSE_EDIT).
+  uint32_t EditFrom (FILE_DIALOG *D, const std::string &Path, const char *Item, const std::string &Text,
+                     bool Apply = true) {
+    OpenContextMenu (D, Path);
+    if (!Windows ().ChoosePopupItem (D->DialogPopup, Item) || !Controls ().TreeEditing (D->FileTree)) {
+      ADD_FAILURE () << Item << " on " << Path << " starts no edit";
+      return 1;
+    }
+    return Controls ().FinishTreeEdit (D->FileTree, Text, Apply);
+  }
 
   int Vol = -1;
 };
@@ -302,43 +313,27 @@ TEST_F (FileDialogTest, ContextMenuCreatesAndRenamesDirectories) {
   EXPECT_TRUE (fs::exists (Root / "docs/readme.txt"));
   EXPECT_TRUE (Boxes ().empty ());
 
-  // A new folder under the clicked directory.
+  // A new folder under the clicked directory; the same name again is refused
+  // with the path as text; a cancelled edit creates nothing.
   OpenContextMenu (D, "\\docs");
   EXPECT_EQ (Windows ().ShownPopup (), Popup) << "the popup is made once";
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
-  ASSERT_TRUE (Controls ().TreeEditing (D->FileTree));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), 0u);
+  EXPECT_EQ (EditFrom (D, "\\docs", "New folder", "fresh"), 0u);
   EXPECT_TRUE (fs::is_directory (Root / "docs/fresh"));
   EXPECT_TRUE (Boxes ().empty ());
-
-  // The same name again is refused with the path as text.
-  OpenContextMenu (D, "\\docs");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), TREE_REFUSE_EDIT);
+  EXPECT_EQ (EditFrom (D, "\\docs", "New folder", "fresh"), TREE_REFUSE_EDIT);
   EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", "\\docs\\fresh"));
   Windows ().ClearMessageBoxes ();
-
-  // A cancelled edit creates nothing.
-  OpenContextMenu (D, "\\emptydir");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
-  Controls ().FinishTreeEdit (D->FileTree, "never", false);
-  EXPECT_FALSE (fs::exists (Root / "emptydir/never"));
+  EditFrom (D, "\\emptydir", "New folder", "never", false);
+  EXPECT_FALSE (fs::exists (Root / "emptydir/never") || fs::exists (Root / "docs/fresh/never"));
 
   // Renaming a file; then a clash is refused with the directory as text.
-  OpenContextMenu (D, "\\docs\\readme.txt");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "Rename"));
-  ASSERT_TRUE (Controls ().TreeEditing (D->FileTree));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "notes.txt", true), 0u);
+  EXPECT_EQ (EditFrom (D, "\\docs\\readme.txt", "Rename", "notes.txt"), 0u);
   EXPECT_EQ (ReadHostFile (Root / "docs/notes.txt"), "readme");
   EXPECT_FALSE (fs::exists (Root / "docs/readme.txt"));
   EXPECT_TRUE (Boxes ().empty ());
-
-  OpenContextMenu (D, "\\top.txt");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "Rename"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "docs", true), TREE_REFUSE_EDIT);
+  EXPECT_EQ (EditFrom (D, "\\top.txt", "Rename", "docs"), TREE_REFUSE_EDIT);
   EXPECT_EQ (Boxes (), OneMessageBox ("Cannot rename", "\\"));
   EXPECT_EQ (ReadHostFile (Root / "top.txt"), "top");
-  EXPECT_FALSE (fs::exists (Root / "docs/fresh/never"));
 
   // Closing the dialog destroys its popup.
   Windows ().SendSysCommand (&D->Header, SYSCMD_CLOSE);
@@ -350,36 +345,27 @@ TEST_F (FileDialogTest, RefusedCreationsOnLockedVolumesAndLongPaths) {
   int Locked = MakeVolume ("locked", VOLUME_FLAG_WRITE_PROTECTED, 0, 1, "RO");
   MakeDir (Locked, "sub");
   FILE_DIALOG *D = Open (Locked, 1);
-  OpenContextMenu (D, "\\sub");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "made", true), TREE_REFUSE_EDIT);
+  EXPECT_EQ (EditFrom (D, "\\sub", "New folder", "made"), TREE_REFUSE_EDIT);
   EXPECT_FALSE (fs::exists (VolumePath (Locked) / "sub/made"));
-  OpenContextMenu (D, "\\sub");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "Rename"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "other", true), TREE_REFUSE_EDIT);
+  EXPECT_EQ (EditFrom (D, "\\sub", "Rename", "other"), TREE_REFUSE_EDIT);
   EXPECT_EQ (Boxes (), (std::vector<std::string> {"Cannot create folder: \\sub\\made", "Cannot rename: \\"}));
   EXPECT_TRUE (fs::is_directory (VolumePath (Locked) / "sub"));
   Windows ().ClearMessageBoxes ();
 
   // A parent path of 511 characters (over 510) refuses silently.
-  std::string A (170, 'a'), B (170, 'b'), C (168, 'c');
+  std::string A (170, 'a'), B (170, 'b'), C (168, 'c'), C2 (167, 'c');
   MakeDir (Vol, A + "/" + B + "/" + C);
-  std::string C2 (167, 'c');
   MakeDir (Vol, A + "/" + B + "/" + C2);
   FILE_DIALOG *E = Open (Vol, 1);
   std::string PathA = "\\" + A, PathB = PathA + "\\" + B, PathC = PathB + "\\" + C;
   ASSERT_EQ (PathC.size (), 511u);
   Expand (E, PathA);
   Expand (E, PathB);
-  OpenContextMenu (E, PathC);
-  ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
+  EXPECT_EQ (EditFrom (E, PathC, "New folder", "x"), TREE_REFUSE_EDIT);
   EXPECT_TRUE (Boxes ().empty ());
   // One character shorter is attempted: the full path would not fit the
   // 512-byte buffer, so it is refused like a failed creation, with a message.
-  OpenContextMenu (E, PathB + "\\" + C2);
-  ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
+  EXPECT_EQ (EditFrom (E, PathB + "\\" + C2, "New folder", "x"), TREE_REFUSE_EDIT);
   EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", PathB + "\\" + C2 + "\\"));   // what fits 511 bytes
 }
 
