@@ -54,8 +54,7 @@ const std::map<std::string, std::string> &TextTable () {
   return Table;
 }
 
-}  // namespace
-
+// Bytes written as hexadecimal pairs separated by spaces.
 std::string FromHex (const std::string &Hex) {
   std::string Bytes;
   std::istringstream In (Hex);
@@ -63,6 +62,8 @@ std::string FromHex (const std::string &Hex) {
   while (In >> Pair) Bytes += static_cast<char> (std::stoi (Pair, nullptr, 16));
   return Bytes;
 }
+
+}  // namespace
 
 std::string Text (const std::string &Name) {
   auto It = TextTable ().find (Name);

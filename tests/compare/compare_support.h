@@ -17,16 +17,12 @@
 std::string Text (const std::string &Name);
 // Text with its placeholders replaced, in order, by Args ("%a" and "%d" alike).
 std::string TextWith (const std::string &Name, const std::vector<std::string> &Args);
-// Bytes written as hexadecimal pairs separated by spaces.
-std::string FromHex (const std::string &Hex);
 // Readable form of GBK bytes for failure messages: bytes of 0x80 or more as \xNN.
 std::string Escaped (const std::string &Bytes);
 std::vector<std::string> Escaped (const std::vector<std::string> &Lines);
 
-// One progress report as a client received it. Kind is -1 for callbacks,
-// which are not told the kind.
+// One progress report as a callback received it.
 struct Report {
-  int Kind = -1;
   uint32_t ItemCount = 0;
   bool HasLine = false;
   std::string Line;
