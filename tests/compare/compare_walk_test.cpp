@@ -131,15 +131,16 @@ TEST_F (CompareWalkTest, NamesMatchWithoutAsciiCaseOnly) {
   Put (Src, "m/Data.bin", "1");
   Put (Src, "m/DATA.BIN", "1");
   Put (Bak, "m/data.bin", "1");
+  Put (Src, "m/.hidden", "1");   // a name, not "." or ".."
   // Matched names are compared under the source's spelling; the host file
   // system of the stand-in volumes tells case apart, so the backup file of
   // another spelling cannot be opened (code 2). Nothing is new or deleted but
-  // the two non-ASCII names.
+  // the two non-ASCII names and the dotted one.
   const COMPARE_RESULT *Result = Compared ("\\m");
   ASSERT_NE (Result, nullptr);
   EXPECT_EQ (Differences (Result), (Coded {{"ReadMe.TXT", 2}, {"Data.bin", 2}, {"DATA.BIN", 2}, {"\xC0" "x", 10},
-                                           {"\xE0" "x", 9}}));
-  EXPECT_EQ (Result->AddedCount, 1u);
+                                           {"\xE0" "x", 9}, {".hidden", 10}}));
+  EXPECT_EQ (Result->AddedCount, 2u);
   EXPECT_EQ (Result->DeletedCount, 1u);
 }
 

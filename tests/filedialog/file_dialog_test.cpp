@@ -353,7 +353,7 @@ TEST_F (FileDialogTest, RefusedCreationsOnLockedVolumesAndLongPaths) {
   Windows ().ClearMessageBoxes ();
 
   // A parent path of 511 characters (over 510) refuses silently.
-  std::string A (170, 'a'), B (170, 'b'), C (168, 'c'), C2 (167, 'c');
+  std::string A (170, 'a'), B (170, 'b'), C (168, 'c'), C2 (166, 'c');
   MakeDir (Vol, A + "/" + B + "/" + C);
   MakeDir (Vol, A + "/" + B + "/" + C2);
   FILE_DIALOG *E = Open (Vol, 1);
@@ -363,10 +363,12 @@ TEST_F (FileDialogTest, RefusedCreationsOnLockedVolumesAndLongPaths) {
   Expand (E, PathB);
   EXPECT_EQ (EditFrom (E, PathC, "New folder", "x"), TREE_REFUSE_EDIT);
   EXPECT_TRUE (Boxes ().empty ());
-  // One character shorter is attempted: the full path would not fit the
-  // 512-byte buffer, so it is refused like a failed creation, with a message.
-  EXPECT_EQ (EditFrom (E, PathB + "\\" + C2, "New folder", "x"), TREE_REFUSE_EDIT);
-  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", PathB + "\\" + C2 + "\\"));   // what fits 511 bytes
+  // A shorter parent is attempted, but a full path of 512 characters does not
+  // fit the 512-byte buffer: refused like a failed creation, with a message
+  // showing what fits, and nothing made.
+  EXPECT_EQ (EditFrom (E, PathB + "\\" + C2, "New folder", "xy"), TREE_REFUSE_EDIT);
+  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", PathB + "\\" + C2 + "\\x"));
+  EXPECT_FALSE (fs::exists (VolumePath (Vol) / A / B / C2 / "x"));
 }
 
 }  // namespace

@@ -238,8 +238,8 @@ TEST_F (FileOpsTest, LongPathsAreRefusedWithoutEffect) {
   EXPECT_TRUE (fs::is_directory (VolumePath (V) / Host / "012345678"));
   EXPECT_FALSE (MakeDirectory (W, A8 ("")));
 
-  // A rename whose new full path would not fit 512 bytes is refused untouched.
-  EXPECT_FALSE (RenameItem (W, A8 ("f.txt"), A8 ("0123456789a.txt")));
+  // A rename whose new full path would not fit 512 bytes (500 + 1 + 11) is refused untouched.
+  EXPECT_FALSE (RenameItem (W, A8 ("f.txt"), A8 ("0123456.txt")));
   EXPECT_EQ (ReadHostFile (VolumePath (V) / Host / "f.txt"), "f");
   EXPECT_TRUE (RenameItem (W, A8 ("f.txt"), A8 ("g.txt")));
   EXPECT_EQ (ReadHostFile (VolumePath (V) / Host / "g.txt"), "f");
