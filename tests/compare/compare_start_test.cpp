@@ -84,8 +84,8 @@ TEST_F (CompareTest, EmptyBackupRootRefusesTheStartWithItsDifference) {
   Put (Bak, "e/z", "1");
   const COMPARE_RESULT *Result = Compared ("\\e");
   ASSERT_NE (Result, nullptr);
-  EXPECT_EQ (StoredEntries (Result), (std::vector<StoredEntry> {
-                                         {"\\e", 1, 11, 1, 3}, {"y", 1, 9, 0, 0}, {"x", 0, 9, 0, 0}, {"z", 0, 9, 0, 0}}));
+  std::vector<StoredEntry> Deleted = {{"\\e", 1, 11, 1, 3}, {"y", 1, 9, 0, 0}, {"x", 0, 9, 0, 0}, {"z", 0, 9, 0, 0}};
+  EXPECT_EQ (StoredEntries (Result), Deleted);
   EXPECT_EQ (Result->DeletedCount, 3u);
   EXPECT_EQ (Result->TotalCount, 3u);
 }
@@ -120,7 +120,8 @@ TEST_F (CompareTest, SingleFileJobs) {
              (std::vector<StoredEntry> {{"\\docs", 1, 11, 1, 1}, {"report.txt", 0, 11, 0, 0}}));
   EXPECT_EQ (gFinalSnapshot->ChangedCount, 1u);
   EXPECT_EQ (Escaped (Lines ()), Escaped ({"\\docs" + TextWith ("file count", {"1"}), "report.txt",
-                                         "\\docs" + Text ("heading suffix"), "  report.txt - " + Text ("contents differ")}));
+                                         "\\docs" + Text ("heading suffix"),
+                                         "  report.txt - " + Text ("contents differ")}));
 }
 
 TEST_F (CompareTest, SingleFileAtTheVolumeRootAndLargeFilesInChunks) {
@@ -138,7 +139,8 @@ TEST_F (CompareTest, SingleFileAtTheVolumeRootAndLargeFilesInChunks) {
     EXPECT_EQ (Job->Levels[0].FileOffset, Offset);
   }
   ASSERT_GT (RunToEnd (), 0);
-  EXPECT_EQ (StoredEntries (gFinalSnapshot), (std::vector<StoredEntry> {{"\\", 1, 11, 1, 1}, {"big.bin", 0, 11, 0, 0}}));
+  EXPECT_EQ (StoredEntries (gFinalSnapshot),
+             (std::vector<StoredEntry> {{"\\", 1, 11, 1, 1}, {"big.bin", 0, 11, 0, 0}}));
 }
 
 TEST_F (CompareTest, HostileArgumentsAndRefusedMemoryLeaveNothing) {

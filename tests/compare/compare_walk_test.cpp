@@ -108,8 +108,9 @@ TEST_F (CompareWalkTest, ReferenceTreesGiveTheExpectedReport) {
     Got.push_back (std::to_string (R.ItemCount) + (R.Finished ? " (final)" : " " + Escaped (R.Line)));
   EXPECT_EQ (Got, Want);
   EXPECT_EQ (StoredEntries (Result), WantEntries);
-  EXPECT_EQ ((std::vector<uint32_t> {Result->TotalCount, Result->DeletedCount, Result->AddedCount, Result->ChangedCount}),
-             WantCounters);
+  std::vector<uint32_t> Counters = {Result->TotalCount, Result->DeletedCount, Result->AddedCount,
+                                    Result->ChangedCount};
+  EXPECT_EQ (Counters, WantCounters);
   EXPECT_EQ (Env ().files ().OpenHandleCount (), 0u);
 }
 

@@ -14,23 +14,21 @@
 
 namespace {
 
-using ComparisonView = FILE_COMPARISON_WINDOW;
-
 class FileComparisonTest : public CompareTest {
  protected:
-  ComparisonView *Open (const std::string &Path) {
+  FILE_COMPARISON_WINDOW *Open (const std::string &Path) {
     WINDOW_HEADER *W = OpenFileComparison (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
                                            reinterpret_cast<const CHAR8 *> (Path.c_str ()));
     EXPECT_NE (W, nullptr);
-    return reinterpret_cast<ComparisonView *> (W);
+    return reinterpret_cast<FILE_COMPARISON_WINDOW *> (W);
   }
-  void Finish (ComparisonView *W) {
+  void Finish (FILE_COMPARISON_WINDOW *W) {
     for (int I = 0; I < 100000 && W->Job != nullptr; I++) Env ().windows ().RunTimerTick ();
     ASSERT_EQ (W->Job, nullptr);
   }
-  std::vector<std::string> Log (ComparisonView *W) { return Env ().controls ().LogLines (W->LogView); }
+  std::vector<std::string> Log (FILE_COMPARISON_WINDOW *W) { return Env ().controls ().LogLines (W->LogView); }
   // Right click on line Line at (X, Y) of the log view; the popup shown, or null.
-  WINDOW_HEADER *ContextClick (ComparisonView *W, uint16_t Line, uint16_t X = 5, uint16_t Y = 5) {
+  WINDOW_HEADER *ContextClick (FILE_COMPARISON_WINDOW *W, uint16_t Line, uint16_t X = 5, uint16_t Y = 5) {
     Env ().windows ().ClosePopup ();
     Env ().controls ().SelectLogLine (W->LogView, Line);
     Env ().controls ().LogContextClick (W->LogView, X, Y);
@@ -38,11 +36,11 @@ class FileComparisonTest : public CompareTest {
   }
   std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
   // Right click on line Line and choose the result menu's item called Item.
-  void Choose (ComparisonView *W, uint16_t Line, const std::string &Item) {
+  void Choose (FILE_COMPARISON_WINDOW *W, uint16_t Line, const std::string &Item) {
     ASSERT_NE (ContextClick (W, Line), nullptr);
     ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text (Item))) << Item;
   }
-  void Close (ComparisonView *W) {
+  void Close (FILE_COMPARISON_WINDOW *W) {
     Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
     Env ().windows ().PumpMessages ();
   }
@@ -51,7 +49,7 @@ class FileComparisonTest : public CompareTest {
   void MakeResultMenuFirst () {
     Both ("warm/a", "1");
     Put (Src, "warm/b", "1");
-    ComparisonView *W = Open ("\\warm");
+    FILE_COMPARISON_WINDOW *W = Open ("\\warm");
     Finish (W);
     ASSERT_NE (ContextClick (W, 1), nullptr);
     Env ().windows ().ClosePopup ();
@@ -67,8 +65,8 @@ class FileComparisonTest : public CompareTest {
 
 TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
   Both ("r/a", "1");
-  ComparisonView *First = Open ("\\r");
-  ComparisonView *Second = Open ("\\r");
+  FILE_COMPARISON_WINDOW *First = Open ("\\r");
+  FILE_COMPARISON_WINDOW *Second = Open ("\\r");
   EXPECT_EQ (RectOf (&First->Header), (Rect {100, 100, 400, 320}));
   EXPECT_EQ (RectOf (&Second->Header), (Rect {100, 100, 400, 320}));
 
@@ -90,7 +88,7 @@ TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
 
 TEST_F (FileComparisonTest, ControlsAndResizeLayout) {
   Both ("r/a", "1");
-  ComparisonView *W = Open ("\\r");
+  FILE_COMPARISON_WINDOW *W = Open ("\\r");
   uint16_t CW = Gui ()->GetCharWidth (), LH = Gui ()->GetLineHeight (), CH = Wb ()->CaptionHeight;
   EXPECT_EQ (Env ().windows ().WindowText (&W->Header),
              Text ("title prefix") + reinterpret_cast<const char *> (Env ().files ().Table ()->Volumes[Src].Label) +
@@ -129,7 +127,7 @@ TEST_F (FileComparisonTest, ControlsAndResizeLayout) {
 TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   Both ("same/a", "1");
   Both ("same/b", "2");
-  ComparisonView *W = Open ("\\same");
+  FILE_COMPARISON_WINDOW *W = Open ("\\same");
   EXPECT_EQ (W->Job->CompareContents, 0);
   Finish (W);
   EXPECT_NE (W->Snapshot, nullptr);
@@ -141,7 +139,7 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   Put (Bak, "w/a.txt", "old");
   Put (Src, "w/n1", "1");
   MakeDir (Src, "w/n2");
-  ComparisonView *V = Open ("\\w");
+  FILE_COMPARISON_WINDOW *V = Open ("\\w");
   Finish (V);
   Want = {"\\w" + Text ("heading suffix"),
           "  a.txt - " + Text ("file changed"),
@@ -157,7 +155,7 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   MakeDir (Src, "d");
   Both ("d/keep", "k");
   Put (Bak, "d/old", "1");
-  ComparisonView *D = Open ("\\d");
+  FILE_COMPARISON_WINDOW *D = Open ("\\d");
   Finish (D);
   std::vector<std::string> Got = Log (D);
   ASSERT_GE (Got.size (), 2u);
@@ -166,7 +164,7 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
 }
 
 TEST_F (FileComparisonTest, StartFailureShowsItsLinesAndNoMenu) {
-  ComparisonView *W = Open ("\\missing");
+  FILE_COMPARISON_WINDOW *W = Open ("\\missing");
   EXPECT_EQ (W->Job, nullptr);
   std::vector<std::string> Want = {TextWith ("root missing", {"\\missing"}), Text ("compare failed"),
                                    Text ("start failed")};
@@ -181,7 +179,7 @@ TEST_F (FileComparisonTest, ResultMenuFollowsTheLineCode) {
   Put (Bak, "m/a.txt", "old");
   Put (Src, "m/new.txt", "1");
   Put (Bak, "m/gone.txt", "1");
-  ComparisonView *W = Open ("\\m");
+  FILE_COMPARISON_WINDOW *W = Open ("\\m");
   Finish (W);
   // 0 heading, 1 a.txt (11), 2 gone.txt (9), 3 new.txt (10), then the closing lines.
   ASSERT_EQ (W->Snapshot->EntryCount, 4);
@@ -237,7 +235,7 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
   Put (Src, "c/a.txt", "changed!");
   Put (Bak, "c/a.txt", "old");
   Put (Src, "c/new.txt", "1");
-  ComparisonView *W = Open ("\\c");
+  FILE_COMPARISON_WINDOW *W = Open ("\\c");
   Finish (W);
   // 0 heading \c, 1 a.txt (11), 2 new.txt (10).
   auto &Jobio = Env ().jobio ();
@@ -273,7 +271,7 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
 TEST_F (FileComparisonTest, LogStopsAt1024Lines) {
   Both ("many/keep", "k");
   for (int I = 0; I < 1100; I++) Put (Src, "many/n" + std::to_string (10000 + I), "1");
-  ComparisonView *W = Open ("\\many");
+  FILE_COMPARISON_WINDOW *W = Open ("\\many");
   Finish (W);
   std::vector<std::string> Lines = Log (W);
   ASSERT_EQ (Lines.size (), 1024u);
@@ -285,7 +283,7 @@ TEST_F (FileComparisonTest, LogStopsAt1024Lines) {
 
 TEST_F (FileComparisonTest, ClosingARunningComparisonFreesItsJob) {
   for (int I = 0; I < 20; I++) Both ("big/f" + std::to_string (I), "x");
-  ComparisonView *W = Open ("\\big");
+  FILE_COMPARISON_WINDOW *W = Open ("\\big");
   ASSERT_NE (W->Job, nullptr);
   for (int I = 0; I < 5; I++) Env ().windows ().RunTimerTick ();
   ASSERT_NE (W->Job, nullptr);

@@ -40,7 +40,8 @@ class ContextMenuTest : public MainWindowTest {
   std::string States (WINDOW_HEADER *Popup, const std::string &Mask) {
     std::string Out;
     for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup))
-      if (!Item.Separator) Out += Out.size () < Mask.size () && Mask[Out.size ()] == '.' ? '.' : Item.Enabled ? '1' : '0';
+      if (!Item.Separator)
+        Out += Out.size () < Mask.size () && Mask[Out.size ()] == '.' ? '.' : Item.Enabled ? '1' : '0';
     return Out;
   }
   // The popup lives as long as the driver: build it once, then count pool

@@ -2,19 +2,13 @@
 // texts.
 
 #include <sys/stat.h>
-#include <filesystem>
 
 #include "filemanager/file_types.h"
-#include "filemanager/listing.h"
-#include "support/main_window_fixture.h"
-#include "fileops/file_ops.h"
-#include "support/main_window_fixture.h"
 #include "support/folder_override.h"
+#include "support/main_window_fixture.h"
 #include "util/string_utils.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 TEST_F (MainWindowTest, CellsShowGroupedSizesTypesAndDates) {
   int V = MakeVolume ("a");

@@ -1,7 +1,5 @@
 // Opening, placing and closing main windows.
 
-#include "filemanager/listing.h"
-#include "fileops/file_ops.h"
 #include "support/main_window_fixture.h"
 
 namespace {

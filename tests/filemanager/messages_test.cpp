@@ -4,9 +4,7 @@
 #include <filesystem>
 
 #include "env/jobio/jobio_driver.h"
-#include "filemanager/listing.h"
 #include "support/main_window_fixture.h"
-#include "fileops/file_ops.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 #include <filesystem>
 
 #include "env/jobio/jobio_driver.h"
-#include "fileops/file_ops.h"
 #include "support/main_window_fixture.h"
 
 namespace fs = std::filesystem;

@@ -98,7 +98,8 @@ TEST_F (HelpWindowTest, LayoutIconAndFocus) {
   EXPECT_EQ (RectOf (V), (Rect {3, Caption, 634, 477 - Caption}));
 
   // System commands 2 and 4 are accepted, others not; activation is accepted.
-  EXPECT_EQ (HandlerAnswers (W, {MessageOf (MSG_SYSCOMMAND, 7), MessageOf (MSG_ACTIVATE, 7), MessageOf (30, 7)}), "010");
+  EXPECT_EQ (HandlerAnswers (W, {MessageOf (MSG_SYSCOMMAND, 7), MessageOf (MSG_ACTIVATE, 7), MessageOf (30, 7)}),
+             "010");
   EXPECT_EQ (Env ().windows ().SendSysCommand (W, SYSCMD_CLOSE), 1u);
   Env ().windows ().PumpMessages ();
   EXPECT_FALSE (Env ().windows ().IsWindow (W));

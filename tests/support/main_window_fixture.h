@@ -94,7 +94,8 @@ class MainWindowTest : public DriverTest {
     auto Digit = [] (bool On) { return On ? '1' : '0'; };
     std::string Out;
     const std::pair<COMMAND_CALLBACK, const char *> Commands[] = {
-        {GoUpCommand, "gouplayer"}, {CopyCommand, "copy file"}, {PasteCommand, "paste file"}, {DeleteCommand, "delete"}};
+        {GoUpCommand, "gouplayer"}, {CopyCommand, "copy file"}, {PasteCommand, "paste file"},
+        {DeleteCommand, "delete"}};
     for (const auto &[Command, Key] : Commands)
       Out += std::string (Key) + ":" + Digit (Enabled (Button (W, Command))) + Digit (FileItem (W, Key).Enabled) + " ";
     return Out + "newdir:" + Digit (FileItem (W, "newdir").Enabled);

@@ -3,7 +3,8 @@
 std::vector<std::string> ShownMessageBoxes (env::WindowBase &Windows) {
   std::vector<std::string> Out;
   for (const env::MessageBoxRecord &Box : Windows.MessageBoxes ())
-    Out.push_back (Box.Caption + ": " + Box.Text + (Box.Style == 1 ? "" : " (style " + std::to_string (Box.Style) + ")"));
+    Out.push_back (Box.Caption + ": " + Box.Text +
+                   (Box.Style == 1 ? "" : " (style " + std::to_string (Box.Style) + ")"));
   return Out;
 }
 
