@@ -89,39 +89,35 @@ TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
 TEST_F (FileComparisonTest, ControlsAndResizeLayout) {
   Both ("r/a", "1");
   FILE_COMPARISON_WINDOW *W = Open ("\\r");
-  uint16_t CW = Gui ()->GetCharWidth (), LH = Gui ()->GetLineHeight (), CH = Wb ()->CaptionHeight;
+  int CW = Gui ()->GetCharWidth (), LH = Gui ()->GetLineHeight (), CH = Wb ()->CaptionHeight;
   EXPECT_EQ (Env ().windows ().WindowText (&W->Header),
              Text ("title prefix") + reinterpret_cast<const char *> (Env ().files ().Table ()->Volumes[Src].Label) +
                  Text ("title joint") + reinterpret_cast<const char *> (Env ().files ().Table ()->Volumes[Bak].Label));
   EXPECT_NE (W->Header.Flags & 0x80, 0u);
-  EXPECT_EQ (W->LevelField->Y, CH + 6);
-  EXPECT_EQ (W->EntryField->Y, CH + 22 + LH);
-  EXPECT_EQ (W->LevelField->Width, 380);
   EXPECT_EQ (Env ().windows ().WindowText (W->ResultLabel), Text ("result label"));
-  uint16_t Y3 = CH + 22 + LH + 16 + LH;
-  EXPECT_EQ (W->ResultLabel->Y, Y3);
+  EXPECT_EQ (Env ().controls ().LogPath (W->LogView), "\\r");
+  // Every control at x 10 and, but for the pause button, 20 narrower than the window.
+  int Y2 = CH + 22 + LH, Y3 = Y2 + 16 + LH, Y4 = Y3 + 16 + LH;
   CONTROL *Pause = Wb ()->GetControl (&W->Header, 33);
   ASSERT_NE (Pause, nullptr);
-  EXPECT_EQ (Pause->X, 390 - 5 * CW);
-  EXPECT_EQ (Pause->Width, 5 * CW);
-  EXPECT_EQ (W->LogView->Control.Y, Y3 + 16 + LH);
-  EXPECT_EQ (W->LogView->Control.Height, 320 - (Y3 + 16 + LH) - 10);
-  EXPECT_EQ (Env ().controls ().LogPath (W->LogView), "\\r");
+  EXPECT_EQ (RectOf (W->LevelField), (Rect {10, CH + 6, 380, LH + 10}));
+  EXPECT_EQ (RectOf (W->EntryField), (Rect {10, Y2, 380, LH + 10}));
+  EXPECT_EQ (RectOf (W->ResultLabel), (Rect {10, Y3, 0, LH + 10}));
+  EXPECT_EQ (RectOf (Pause), (Rect {390 - 5 * CW, Y3, 5 * CW, LH + 10}));
+  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, 380, 320 - Y4 - 10}));
   EXPECT_EQ (Env ().windows ().SendSysCommand (&W->Header, 33), 0u) << "the pause button is not acted on";
 
   // Below the minimum (25 characters wide) the window keeps the minimum.
-  uint16_t MinHeight = CH + (LH + 16) * 6 + 10;
+  int MinWidth = 25 * CW, MinHeight = CH + (LH + 16) * 6 + 10;
   Env ().windows ().ResizeWindow (&W->Header, 100, 50);
-  EXPECT_EQ (W->Header.Width, 25 * CW);
-  EXPECT_EQ (W->Header.Height, MinHeight);
-  EXPECT_EQ (W->LevelField->Width, 25 * CW - 20);
-  EXPECT_EQ (W->EntryField->Width, 25 * CW - 20);
-  EXPECT_EQ (Pause->X, 25 * CW - 10 - 5 * CW);
-  EXPECT_EQ (W->LogView->Control.Width, 25 * CW - 20);
-  EXPECT_EQ (W->LogView->Control.Height, (MinHeight - 10) - (Y3 + LH + 10 + 6));
+  EXPECT_EQ (RectOf (&W->Header), (Rect {100, 100, MinWidth, MinHeight}));
+  EXPECT_EQ (RectOf (W->LevelField), (Rect {10, CH + 6, MinWidth - 20, LH + 10}));
+  EXPECT_EQ (RectOf (W->EntryField), (Rect {10, Y2, MinWidth - 20, LH + 10}));
+  EXPECT_EQ (RectOf (Pause), (Rect {MinWidth - 10 - 5 * CW, Y3, 5 * CW, LH + 10}));
+  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, MinWidth - 20, (MinHeight - 10) - (Y3 + LH + 10 + 6)}));
   Env ().windows ().ResizeWindow (&W->Header, 640, 480);
-  EXPECT_EQ (W->Header.Width, 640);
-  EXPECT_EQ (W->LogView->Control.Height, 470 - (Y3 + LH + 10 + 6));
+  EXPECT_EQ (RectOf (&W->Header), (Rect {100, 100, 640, 480}));
+  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, 620, 470 - (Y3 + LH + 10 + 6)}));
 }
 
 TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
