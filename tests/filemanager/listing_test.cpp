@@ -3,10 +3,11 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "filemanager/file_types.h"
 #include "support/folder_override.h"
 #include "support/main_window_fixture.h"
-#include "util/string_utils.h"
 
 namespace {
 
@@ -89,37 +90,10 @@ TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
   EXPECT_EQ (Base ().RedrawCount (W->List), Redraws);
 }
 
-TEST_F (MainWindowTest, GoUpCutsOneComponentAndDepthIsRecounted) {
-  MAIN_WINDOW *W = Open (MakeVolume ("a"));
-  auto Up = [&] (const char *From) {
-    CopyString (W->CurrentPath, A8 (From));
-    GoUp (W);
-    return Path (W);
-  };
-  EXPECT_EQ (Up ("\\a\\b"), "\\a");
-  EXPECT_EQ (Up ("\\a\\b\\"), "\\a");
-  EXPECT_EQ (Up ("\\a"), "\\");
-  EXPECT_EQ (Up ("\\abc"), "\\");
-
-  auto Depth = [&] (const std::string &Of) {
-    CopyString (W->CurrentPath, A8 (Of.c_str ()));
-    W->RowStack[10] = 7;
-    RecountDepth (W);
-    EXPECT_EQ (W->RowStack[10], 0);
-    return W->Depth;
-  };
-  EXPECT_EQ (Depth ("\\"), 0);
-  EXPECT_EQ (Depth ("\\a"), 1);
-  EXPECT_EQ (Depth ("\\a\\b"), 2);
-  std::string Deep;
-  for (int I = 0; I < 70; I++) Deep += "\\x";
-  EXPECT_EQ (Depth (Deep), 63);
-}
-
 TEST_F (MainWindowTest, SixtyFourLevelsDownAndBack) {
   int V = MakeVolume ("deep");
-  std::string Rel;
-  for (int I = 0; I < 64; I++) Rel += (I ? "/" : "") + std::string ("d");
+  std::string Rel = "d", Deep = "\\d";   // 70 levels
+  for (int I = 1; I < 70; I++) Rel += "/d", Deep += "\\d";
   MakeDir (V, Rel);
   MAIN_WINDOW *W = Open (V);
   size_t Before = Fw ().LiveAllocations ();
@@ -138,6 +112,12 @@ TEST_F (MainWindowTest, SixtyFourLevelsDownAndBack) {
   EXPECT_NE (W->DirHandle, 0);
   EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
   EXPECT_EQ (Fw ().LiveAllocations (), Before);
+
+  // Switched to the deepest path, the window counts its depth afresh (63 at
+  // most) and forgets every remembered row.
+  Open (V, Deep);
+  EXPECT_EQ (W->Depth, 63);
+  EXPECT_EQ (std::count (std::begin (W->RowStack), std::end (W->RowStack), 0), 64);
 }
 
 TEST_F (MainWindowTest, TooLongPathIsRefusedAndWindowStaysUsable) {
