@@ -5,15 +5,12 @@
 
 namespace {
 
-std::string Repeat (char C, size_t N) { return std::string (N, C); }
-
 TEST_F (CompareTest, PathLengthLimitIs479Characters) {
   // "\" + 200 + "\" + 200 + "\" + 77 characters = 480; one fewer in the last part = 479.
-  std::string Parts = Repeat ('a', 200) + "/" + Repeat ('b', 200) + "/";
-  Dir (Src, Parts + Repeat ('c', 76));
-  Dir (Bak, Parts + Repeat ('c', 76));
-  std::string Path479 = "\\" + Repeat ('a', 200) + "\\" + Repeat ('b', 200) + "\\" + Repeat ('c', 76);
-  ASSERT_EQ (Path479.size (), 479u);
+  std::string A (200, 'a'), B (200, 'b'), C (76, 'c');
+  MakeDir (Src, A + "/" + B + "/" + C);
+  MakeDir (Bak, A + "/" + B + "/" + C);
+  std::string Path479 = "\\" + A + "\\" + B + "\\" + C;
   COMPARE_JOB *Job = Start (Path479);
   ASSERT_NE (Job, nullptr);
   EXPECT_EQ (std::string (reinterpret_cast<const char *> (Job->RootPath)), Path479);
@@ -28,42 +25,32 @@ TEST_F (CompareTest, PathLengthLimitIs479Characters) {
 TEST_F (CompareTest, FifthJobIsRefusedUntilASlotIsFree) {
   Both ("d/f.txt", "x");
   COMPARE_JOB *Jobs[4];
-  for (COMPARE_JOB *&Job : Jobs) {
-    Job = Start ("\\d");
-    ASSERT_NE (Job, nullptr);
-  }
+  for (COMPARE_JOB *&Job : Jobs) ASSERT_NE (Job = Start ("\\d"), nullptr);
   EXPECT_EQ (Start ("\\d"), nullptr);
   EXPECT_EQ (LiveJobs (), 4u);
 
-  // One job ends by itself; the next start takes its place.
-  Surveyor ()->CancelCompareJob (Jobs[1]);
-  Surveyor ()->CancelCompareJob (Jobs[2]);
-  Surveyor ()->CancelCompareJob (Jobs[3]);
+  // The other three cancelled, one job ends by itself: all four slots are free again.
+  for (int I = 1; I < 4; I++) Surveyor ()->CancelCompareJob (Jobs[I]);
   gReports.clear ();
   ASSERT_GT (RunToEnd (), 0);
   EXPECT_EQ (LiveJobs (), 0u);
-  COMPARE_JOB *Again[4];
-  for (COMPARE_JOB *&Job : Again) {
-    Job = Start ("\\d");
-    ASSERT_NE (Job, nullptr);
-  }
+  for (COMPARE_JOB *&Job : Jobs) ASSERT_NE (Job = Start ("\\d"), nullptr);
   EXPECT_EQ (Start ("\\d"), nullptr);
-  for (COMPARE_JOB *Job : Again) Surveyor ()->CancelCompareJob (Job);
+  for (COMPARE_JOB *Job : Jobs) Surveyor ()->CancelCompareJob (Job);
   EXPECT_EQ (LiveJobs (), 0u);
 }
 
 TEST_F (CompareTest, RootChecksReportTheirMessageThenCompareFailed) {
-  Dir (Src, "only-source");
+  MakeDir (Src, "only-source");
   Put (Src, "only-backup-x", "1");
-  Dir (Bak, "only-backup");
-  Dir (Src, "dir-vs-file");
+  MakeDir (Bak, "only-backup");
+  MakeDir (Src, "dir-vs-file");
   Put (Bak, "dir-vs-file", "1");
   Put (Src, "sizes.bin", "12345");
   Put (Bak, "sizes.bin", "1234");
 
   struct Case {
-    std::string Path;
-    std::string Message;
+    std::string Path, Message;
   } Cases[] = {
       {"\\missing", "root missing"},
       {"\\only-backup", "root missing"},
@@ -74,10 +61,8 @@ TEST_F (CompareTest, RootChecksReportTheirMessageThenCompareFailed) {
   for (const Case &C : Cases) {
     gReports.clear ();
     EXPECT_EQ (Start (C.Path), nullptr) << C.Path;
-    ASSERT_EQ (gReports.size (), 2u) << C.Path;
-    EXPECT_EQ (Escaped (gReports[0].Line), Escaped (TextWith (C.Message, {C.Path}))) << C.Path;
-    EXPECT_EQ (Escaped (gReports[1].Line), Escaped (Text ("compare failed"))) << C.Path;
-    EXPECT_FALSE (gReports[1].Finished);
+    EXPECT_EQ (Escaped (Lines ()), Escaped ({TextWith (C.Message, {C.Path}), Text ("compare failed")})) << C.Path;
+    EXPECT_EQ (gReports.size (), 2u) << C.Path << ": no final report";
   }
   EXPECT_EQ (LiveJobs (), 0u);
 }
@@ -85,34 +70,29 @@ TEST_F (CompareTest, RootChecksReportTheirMessageThenCompareFailed) {
 TEST_F (CompareTest, EmptyBackupRootRefusesTheStartWithItsDifference) {
   Put (Src, "r/a.txt", "1");
   Put (Src, "r/b.txt", "2");
-  Dir (Bak, "r");
+  MakeDir (Bak, "r");
   EXPECT_EQ (Start ("\\r"), nullptr);
   ASSERT_EQ (gReports.size (), 1u);
   EXPECT_EQ (Escaped (gReports[0].Line), Escaped ("\\r - " + TextWith ("backup empty", {"2"})));
   EXPECT_EQ (gReports[0].ItemCount, 2u);
 
   // A root whose source side is empty is no failure: each backup entry is deleted.
-  Dir (Src, "e");
+  MakeDir (Src, "e");
   Put (Bak, "e/x", "1");
-  Dir (Bak, "e/y");
+  MakeDir (Bak, "e/y");
   Put (Bak, "e/z", "1");
-  gReports.clear ();
-  gSnapshotAtEnd = true;
-  ASSERT_NE (Start ("\\e"), nullptr);
-  ASSERT_GT (RunToEnd (), 0);
-  ASSERT_NE (gFinalSnapshot, nullptr);
-  std::vector<StoredEntry> Expected = {
-      {"\\e", 1, 11, 1, 3}, {"y", 1, 9, 0, 0}, {"x", 0, 9, 0, 0}, {"z", 0, 9, 0, 0}};
-  EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
-  EXPECT_EQ (gFinalSnapshot->DeletedCount, 3u);
-  EXPECT_EQ (gFinalSnapshot->TotalCount, 3u);
+  const COMPARE_RESULT *Result = Compared ("\\e");
+  ASSERT_NE (Result, nullptr);
+  std::vector<StoredEntry> Deleted = {{"\\e", 1, 11, 1, 3}, {"y", 1, 9, 0, 0}, {"x", 0, 9, 0, 0}, {"z", 0, 9, 0, 0}};
+  EXPECT_EQ (StoredEntries (Result), Deleted);
+  EXPECT_EQ (Result->DeletedCount, 3u);
+  EXPECT_EQ (Result->TotalCount, 3u);
 }
 
 TEST_F (CompareTest, SingleFileJobs) {
   // Equal sizes: one entry, no difference, whatever the time stamps say.
   Put (Src, "docs/report.txt", "abcdef", kTime);
   Put (Bak, "docs/report.txt", "abcxef", kTime + 100);
-  gSnapshotAtEnd = true;
   COMPARE_JOB *Job = Start ("\\docs\\report.txt");
   ASSERT_NE (Job, nullptr);
   EXPECT_EQ (Job->ItemCount, 1u);
@@ -127,8 +107,6 @@ TEST_F (CompareTest, SingleFileJobs) {
   EXPECT_EQ (gFinalSnapshot->ChangedCount, 0u);
   EXPECT_EQ (gReports.back ().ItemCount, 1u);
   EXPECT_FALSE (gReports.back ().HasLine);
-  Surveyor ()->FreeCompareSnapshot (gFinalSnapshot);
-  gFinalSnapshot = nullptr;
 
   // Contents compared: the differing byte gives a heading and one entry.
   gReports.clear ();
@@ -137,18 +115,12 @@ TEST_F (CompareTest, SingleFileJobs) {
   Job->CompareContents = 1;
   ASSERT_GT (RunToEnd (), 0);
   ASSERT_NE (gFinalSnapshot, nullptr);
-  std::vector<StoredEntry> Expected = {{"\\docs", 1, 11, 1, 1}, {"report.txt", 0, 11, 0, 0}};
-  EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
+  EXPECT_EQ (StoredEntries (gFinalSnapshot),
+             (std::vector<StoredEntry> {{"\\docs", 1, 11, 1, 1}, {"report.txt", 0, 11, 0, 0}}));
   EXPECT_EQ (gFinalSnapshot->ChangedCount, 1u);
-  std::vector<std::string> Want = {
-      "\\docs" + TextWith ("file count", {"1"}),
-      "report.txt",
-      "\\docs" + Text ("heading suffix"),
-      "  report.txt - " + Text ("contents differ"),
-  };
-  std::vector<std::string> Got = Lines ();
-  ASSERT_EQ (Got.size (), Want.size ());
-  for (size_t I = 0; I < Want.size (); I++) EXPECT_EQ (Escaped (Got[I]), Escaped (Want[I])) << I;
+  EXPECT_EQ (Escaped (Lines ()), Escaped ({"\\docs" + TextWith ("file count", {"1"}), "report.txt",
+                                         "\\docs" + Text ("heading suffix"),
+                                         "  report.txt - " + Text ("contents differ")}));
 }
 
 TEST_F (CompareTest, SingleFileAtTheVolumeRootAndLargeFilesInChunks) {
@@ -157,21 +129,17 @@ TEST_F (CompareTest, SingleFileAtTheVolumeRootAndLargeFilesInChunks) {
   Put (Src, "big.bin", Big);
   Big.back () = 'r';
   Put (Bak, "big.bin", Big);
-  gSnapshotAtEnd = true;
   COMPARE_JOB *Job = Start ("\\big.bin");
   ASSERT_NE (Job, nullptr);
   EXPECT_EQ (std::string (reinterpret_cast<const char *> (Job->Levels[0].Path)), "\\");
   Job->CompareContents = 1;
-  Env ().windows ().RunTimerTick ();
-  EXPECT_EQ (Job->Levels[0].FileOffset, 65536u);
-  Env ().windows ().RunTimerTick ();
-  EXPECT_EQ (Job->Levels[0].FileOffset, 131072u);
-  Env ().windows ().RunTimerTick ();
-  EXPECT_EQ (Job->Levels[0].FileOffset, 196608u);
+  for (uint32_t Offset : {65536u, 131072u, 196608u}) {
+    Env ().windows ().RunTimerTick ();
+    EXPECT_EQ (Job->Levels[0].FileOffset, Offset);
+  }
   ASSERT_GT (RunToEnd (), 0);
-  ASSERT_NE (gFinalSnapshot, nullptr);
-  std::vector<StoredEntry> Expected = {{"\\", 1, 11, 1, 1}, {"big.bin", 0, 11, 0, 0}};
-  EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
+  EXPECT_EQ (StoredEntries (gFinalSnapshot),
+             (std::vector<StoredEntry> {{"\\", 1, 11, 1, 1}, {"big.bin", 0, 11, 0, 0}}));
 }
 
 TEST_F (CompareTest, HostileArgumentsAndRefusedMemoryLeaveNothing) {

@@ -17,15 +17,12 @@
 std::string Text (const std::string &Name);
 // Text with its placeholders replaced, in order, by Args ("%a" and "%d" alike).
 std::string TextWith (const std::string &Name, const std::vector<std::string> &Args);
-// Bytes written as hexadecimal pairs separated by spaces.
-std::string FromHex (const std::string &Hex);
 // Readable form of GBK bytes for failure messages: bytes of 0x80 or more as \xNN.
 std::string Escaped (const std::string &Bytes);
+std::vector<std::string> Escaped (const std::vector<std::string> &Lines);
 
-// One progress report as a client received it. Kind is -1 for callbacks,
-// which are not told the kind.
+// One progress report as a callback received it.
 struct Report {
-  int Kind = -1;
   uint32_t ItemCount = 0;
   bool HasLine = false;
   std::string Line;
@@ -34,9 +31,8 @@ struct Report {
 
 // Reports of every job started with ReportCallback, in arrival order.
 extern std::vector<Report> gReports;
-// When set, the callback snapshots the result on the final report (the job is
-// freed right after it) into gFinalSnapshot.
-extern bool gSnapshotAtEnd;
+// The callback snapshots the result at the final report (the job is freed
+// right after it) into gFinalSnapshot, freeing the snapshot of an earlier job.
 extern COMPARE_RESULT *gFinalSnapshot;
 extern SURVEYOR_PROTOCOL *gProtocol;
 VOID EFIAPI ReportCallback (COMPARE_JOB *Job, CHAR8 *Line, UINT32 ItemCount, BOOLEAN Finished);
@@ -50,6 +46,7 @@ struct StoredEntry {
   int Link;
   bool operator== (const StoredEntry &) const = default;
 };
+// The entries of a result; none for no result.
 std::vector<StoredEntry> StoredEntries (const COMPARE_RESULT *Result);
 std::ostream &operator<< (std::ostream &Out, const StoredEntry &Entry);
 
@@ -64,9 +61,12 @@ class CompareTest : public DriverTest {
   void Put (int Volume, const std::string &Relative, const std::string &Bytes, time_t When = kTime, long Nanos = 0);
   // The same file on both volumes.
   void Both (const std::string &Relative, const std::string &Bytes, time_t When = kTime);
-  void Dir (int Volume, const std::string &Relative);
 
   COMPARE_JOB *Start (const std::string &Path);
+  // Runs a job on Path to its end (the reports of earlier jobs dropped); the
+  // snapshot taken at its final report, or null (with a failure) when it did
+  // not start or end.
+  const COMPARE_RESULT *Compared (const std::string &Path);
   // Runs timer ticks until a final report arrives; returns the ticks run, or
   // -1 when Limit ticks passed without one.
   int RunToEnd (int Limit = 100000);

@@ -50,6 +50,15 @@ std::string Expand (const std::string &Pattern) {
   return Out;
 }
 
+// The entries of a result that are not headings, as (name, code) pairs.
+using Coded = std::multiset<std::pair<std::string, int>>;
+Coded Differences (const COMPARE_RESULT *Result) {
+  Coded Out;
+  for (const StoredEntry &E : StoredEntries (Result))
+    if (E.IsHeading == 0) Out.insert ({E.Name, E.Code});
+  return Out;
+}
+
 class CompareWalkTest : public CompareTest {
  protected:
   void BuildTrees (const std::filesystem::path &Manifest) {
@@ -66,7 +75,7 @@ class CompareWalkTest : public CompareTest {
       for (int Volume : {Src, Bak}) {
         if ((Side == "S" && Volume != Src) || (Side == "B" && Volume != Bak)) continue;
         if (Kind == "dir") {
-          Dir (Volume, Path);
+          MakeDir (Volume, Path);
         } else {
           Put (Volume, Path, Content, kTime + Offset);
         }
@@ -77,11 +86,8 @@ class CompareWalkTest : public CompareTest {
 
 TEST_F (CompareWalkTest, ReferenceTreesGiveTheExpectedReport) {
   BuildTrees (kReference / "trees.txt");
-  gSnapshotAtEnd = true;
-  COMPARE_JOB *Job = Start ("\\data");
-  ASSERT_NE (Job, nullptr);
-  ASSERT_GT (RunToEnd (), 0);
-  ASSERT_NE (gFinalSnapshot, nullptr);
+  const COMPARE_RESULT *Result = Compared ("\\data");
+  ASSERT_NE (Result, nullptr);
 
   std::vector<std::string> Want, Got;
   std::vector<StoredEntry> WantEntries;
@@ -101,9 +107,9 @@ TEST_F (CompareWalkTest, ReferenceTreesGiveTheExpectedReport) {
   for (const Report &R : gReports)
     Got.push_back (std::to_string (R.ItemCount) + (R.Finished ? " (final)" : " " + Escaped (R.Line)));
   EXPECT_EQ (Got, Want);
-  EXPECT_EQ (StoredEntries (gFinalSnapshot), WantEntries);
-  std::vector<uint32_t> Counters = {gFinalSnapshot->TotalCount, gFinalSnapshot->DeletedCount,
-                                    gFinalSnapshot->AddedCount, gFinalSnapshot->ChangedCount};
+  EXPECT_EQ (StoredEntries (Result), WantEntries);
+  std::vector<uint32_t> Counters = {Result->TotalCount, Result->DeletedCount, Result->AddedCount,
+                                    Result->ChangedCount};
   EXPECT_EQ (Counters, WantCounters);
   EXPECT_EQ (Env ().files ().OpenHandleCount (), 0u);
 }
@@ -113,11 +119,7 @@ TEST_F (CompareWalkTest, TimeStampsCompareByTheSecond) {
   Put (Bak, "t/a", "x", kTime, 900000000);   // same second, other fraction: equal
   Put (Src, "t/b", "x", kTime, 0);
   Put (Bak, "t/b", "x", kTime + 1, 0);        // next second: changed
-  gSnapshotAtEnd = true;
-  ASSERT_NE (Start ("\\t"), nullptr);
-  ASSERT_GT (RunToEnd (), 0);
-  std::vector<StoredEntry> Expected = {{"\\t", 1, 11, 1, 1}, {"b", 0, 11, 0, 0}};
-  EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
+  EXPECT_EQ (StoredEntries (Compared ("\\t")), (std::vector<StoredEntry> {{"\\t", 1, 11, 1, 1}, {"b", 0, 11, 0, 0}}));
 }
 
 TEST_F (CompareWalkTest, NamesMatchWithoutAsciiCaseOnly) {
@@ -130,31 +132,17 @@ TEST_F (CompareWalkTest, NamesMatchWithoutAsciiCaseOnly) {
   Put (Src, "m/Data.bin", "1");
   Put (Src, "m/DATA.BIN", "1");
   Put (Bak, "m/data.bin", "1");
-  gSnapshotAtEnd = true;
-  ASSERT_NE (Start ("\\m"), nullptr);
-  ASSERT_GT (RunToEnd (), 0);
-  ASSERT_NE (gFinalSnapshot, nullptr);
-  std::vector<StoredEntry> Entries = StoredEntries (gFinalSnapshot);
+  Put (Src, "m/.hidden", "1");   // a name, not "." or ".."
   // Matched names are compared under the source's spelling; the host file
   // system of the stand-in volumes tells case apart, so the backup file of
   // another spelling cannot be opened (code 2). Nothing is new or deleted but
-  // the two non-ASCII names.
-  int New = 0, Deleted = 0;
-  for (const StoredEntry &E : Entries) {
-    if (E.Code == 10) {
-      New++;
-      EXPECT_EQ (E.Name, "\xC0" "x");
-    }
-    if (E.Code == 9) {
-      Deleted++;
-      EXPECT_EQ (E.Name, "\xE0" "x");
-    }
-    if (E.Code == 2) EXPECT_TRUE (E.Name == "ReadMe.TXT" || E.Name == "Data.bin" || E.Name == "DATA.BIN") << E;
-  }
-  EXPECT_EQ (New, 1);
-  EXPECT_EQ (Deleted, 1);
-  EXPECT_EQ (gFinalSnapshot->AddedCount, 1u);
-  EXPECT_EQ (gFinalSnapshot->DeletedCount, 1u);
+  // the two non-ASCII names and the dotted one.
+  const COMPARE_RESULT *Result = Compared ("\\m");
+  ASSERT_NE (Result, nullptr);
+  EXPECT_EQ (Differences (Result), (Coded {{"ReadMe.TXT", 2}, {"Data.bin", 2}, {"DATA.BIN", 2}, {"\xC0" "x", 10},
+                                           {"\xE0" "x", 9}, {".hidden", 10}}));
+  EXPECT_EQ (Result->AddedCount, 2u);
+  EXPECT_EQ (Result->DeletedCount, 1u);
 }
 
 // Many names that fall into few classes of names equal but for ASCII case:
@@ -192,7 +180,7 @@ TEST_F (CompareWalkTest, MatchingFollowsTheFirstMatchRuleOverWholeListings) {
   }
   Fw ().FreePool (Listing);
   Files->CloseHandle (Handle);
-  std::multiset<std::pair<std::string, int>> Want;
+  Coded Want;
   std::set<std::string> SourceClasses;
   for (const std::string &N : Source) {
     SourceClasses.insert (Fold (N));
@@ -204,7 +192,6 @@ TEST_F (CompareWalkTest, MatchingFollowsTheFirstMatchRuleOverWholeListings) {
 
   for (bool RefuseIndex : {false, true}) {
     gReports.clear ();
-    gSnapshotAtEnd = true;
     COMPARE_JOB *Job = Start ("\\m");
     ASSERT_NE (Job, nullptr);
     while (Job->Depth != 1 || Job->Levels[1].State != 4) Env ().windows ().RunTimerTick ();
@@ -212,12 +199,7 @@ TEST_F (CompareWalkTest, MatchingFollowsTheFirstMatchRuleOverWholeListings) {
     Env ().windows ().RunTimerTick ();   // the level's names are matched
     Fw ().ClearFailures ();
     ASSERT_GT (RunToEnd (), 0);
-    std::multiset<std::pair<std::string, int>> Got;
-    for (const StoredEntry &E : StoredEntries (gFinalSnapshot))
-      if (E.IsHeading == 0) Got.insert ({E.Name, E.Code});
-    EXPECT_EQ (Got, Want) << (RefuseIndex ? "without the index" : "with the index");
-    Surveyor ()->FreeCompareSnapshot (gFinalSnapshot);
-    gFinalSnapshot = nullptr;
+    EXPECT_EQ (Differences (gFinalSnapshot), Want) << (RefuseIndex ? "without the index" : "with the index");
   }
 }
 
@@ -228,13 +210,11 @@ TEST_F (CompareWalkTest, FailedLevelsAreHeadingsAndTheWalkGoesOn) {
   Put (Src, "f/Sub/x", "1");
   Put (Bak, "f/sub/x", "1");
   Put (Src, "f/z.txt", "1");
-  gSnapshotAtEnd = true;
-  ASSERT_NE (Start ("\\f"), nullptr);
-  ASSERT_GT (RunToEnd (), 0);
-  std::vector<StoredEntry> Expected = {
-      {"\\f\\Sub", 1, 2, 1, 0}, {"\\f", 1, 11, 1, 1}, {"z.txt", 0, 10, 0, 1}};
-  EXPECT_EQ (StoredEntries (gFinalSnapshot), Expected);
-  EXPECT_EQ (gFinalSnapshot->TotalCount, 3u);   // 2 at the root, 1 for the failed level
+  const COMPARE_RESULT *Result = Compared ("\\f");
+  ASSERT_NE (Result, nullptr);
+  EXPECT_EQ (StoredEntries (Result),
+             (std::vector<StoredEntry> {{"\\f\\Sub", 1, 2, 1, 0}, {"\\f", 1, 11, 1, 1}, {"z.txt", 0, 10, 0, 1}}));
+  EXPECT_EQ (Result->TotalCount, 3u);   // 2 at the root, 1 for the failed level
   std::vector<std::string> L = Lines ();
   EXPECT_NE (std::find (L.begin (), L.end (), "\\f\\Sub - " + Text ("backup folder open failed")), L.end ());
   EXPECT_NE (std::find (L.begin (), L.end (), "\\f\\Sub" + Text ("cannot compare")), L.end ());
@@ -245,18 +225,17 @@ TEST_F (CompareWalkTest, LevelsBelow31AreSkippedSilently) {
   std::string Path = "deep";
   for (int Level = 1; Level <= 33; Level++) {
     Path += "/l" + std::to_string (Level);
-    Dir (Src, Path);
-    Dir (Bak, Path);
+    MakeDir (Src, Path);
+    MakeDir (Bak, Path);
     if (Level == 31) Put (Src, Path + "/at31", "1");   // level 31: compared
     if (Level == 32) Put (Src, Path + "/at32", "1");   // level 32: never looked at
   }
-  gSnapshotAtEnd = true;
-  ASSERT_NE (Start ("\\deep"), nullptr);
-  ASSERT_GT (RunToEnd (), 0);
-  ASSERT_EQ (gFinalSnapshot->EntryCount, 2);
-  EXPECT_EQ (std::string (reinterpret_cast<const char *> (gFinalSnapshot->Entries[1].Name)), "at31");
-  EXPECT_EQ (gFinalSnapshot->AddedCount, 1u);
-  EXPECT_EQ (gFinalSnapshot->TotalCount, 33u);   // one entry on levels 0 to 30, two on 31 (l32 and at31)
+  const COMPARE_RESULT *Result = Compared ("\\deep");
+  ASSERT_NE (Result, nullptr);
+  ASSERT_EQ (Result->EntryCount, 2);
+  EXPECT_EQ (std::string (reinterpret_cast<const char *> (Result->Entries[1].Name)), "at31");
+  EXPECT_EQ (Result->AddedCount, 1u);
+  EXPECT_EQ (Result->TotalCount, 33u);   // one entry on levels 0 to 30, two on 31 (l32 and at31)
 }
 
 TEST_F (CompareWalkTest, FullResultEndsTheJobAtTheNextTick) {
@@ -268,7 +247,6 @@ TEST_F (CompareWalkTest, FullResultEndsTheJobAtTheNextTick) {
   Put (Bak, "r/b/y", "y");
   Put (Src, "r/c/new", "1");
   Put (Bak, "r/c/old", "1");
-  gSnapshotAtEnd = true;
   COMPARE_JOB *Job = Start ("\\r");
   ASSERT_NE (Job, nullptr);
   size_t Ticks = 0;

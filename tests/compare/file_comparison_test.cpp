@@ -4,48 +4,43 @@
 #include <string>
 
 #include "compare/file_comparison.h"
+#include "compare/file_comparison_window.h"
 #include "compare_support.h"
 #include "env/controls/control_driver.h"
 #include "env/jobio/jobio_driver.h"
 #include "env/settings/settings_service.h"
 #include "filemanager/main_window.h"
+#include "support/window_views.h"
 
 namespace {
 
-// The window's fields that the tests read (the 848-byte object's private part).
-struct ComparisonView {
-  WINDOW_HEADER Header;
-  CHAR8 RootPath[512];
-  UINT8 SourceVolume, BackupVolume;
-  UINT8 Reserved[6];
-  CONTROL *LevelField, *EntryField, *ResultLabel;
-  LOG_VIEW *LogView;
-  COMPARE_JOB *Job;
-  COMPARE_RESULT *Snapshot;
-};
-
 class FileComparisonTest : public CompareTest {
  protected:
-  ComparisonView *Open (const std::string &Path) {
+  FILE_COMPARISON_WINDOW *Open (const std::string &Path) {
     WINDOW_HEADER *W = OpenFileComparison (static_cast<UINT8> (Src), static_cast<UINT8> (Bak),
                                            reinterpret_cast<const CHAR8 *> (Path.c_str ()));
     EXPECT_NE (W, nullptr);
-    return reinterpret_cast<ComparisonView *> (W);
+    return reinterpret_cast<FILE_COMPARISON_WINDOW *> (W);
   }
-  void Finish (ComparisonView *W) {
+  void Finish (FILE_COMPARISON_WINDOW *W) {
     for (int I = 0; I < 100000 && W->Job != nullptr; I++) Env ().windows ().RunTimerTick ();
     ASSERT_EQ (W->Job, nullptr);
   }
-  std::vector<std::string> Log (ComparisonView *W) { return Env ().controls ().LogLines (W->LogView); }
+  std::vector<std::string> Log (FILE_COMPARISON_WINDOW *W) { return Env ().controls ().LogLines (W->LogView); }
   // Right click on line Line at (X, Y) of the log view; the popup shown, or null.
-  WINDOW_HEADER *ContextClick (ComparisonView *W, uint16_t Line, uint16_t X = 5, uint16_t Y = 5) {
+  WINDOW_HEADER *ContextClick (FILE_COMPARISON_WINDOW *W, uint16_t Line, uint16_t X = 5, uint16_t Y = 5) {
     Env ().windows ().ClosePopup ();
     Env ().controls ().SelectLogLine (W->LogView, Line);
     Env ().controls ().LogContextClick (W->LogView, X, Y);
     return Env ().windows ().ShownPopup ();
   }
   std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
-  void Close (ComparisonView *W) {
+  // Right click on line Line and choose the result menu's item called Item.
+  void Choose (FILE_COMPARISON_WINDOW *W, uint16_t Line, const std::string &Item) {
+    ASSERT_NE (ContextClick (W, Line), nullptr);
+    ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text (Item))) << Item;
+  }
+  void Close (FILE_COMPARISON_WINDOW *W) {
     Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
     Env ().windows ().PumpMessages ();
   }
@@ -54,7 +49,7 @@ class FileComparisonTest : public CompareTest {
   void MakeResultMenuFirst () {
     Both ("warm/a", "1");
     Put (Src, "warm/b", "1");
-    ComparisonView *W = Open ("\\warm");
+    FILE_COMPARISON_WINDOW *W = Open ("\\warm");
     Finish (W);
     ASSERT_NE (ContextClick (W, 1), nullptr);
     Env ().windows ().ClosePopup ();
@@ -70,14 +65,10 @@ class FileComparisonTest : public CompareTest {
 
 TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
   Both ("r/a", "1");
-  ComparisonView *First = Open ("\\r");
-  EXPECT_EQ (First->Header.X, 100);
-  EXPECT_EQ (First->Header.Y, 100);
-  EXPECT_EQ (First->Header.Width, 400);
-  EXPECT_EQ (First->Header.Height, 320);
-  ComparisonView *Second = Open ("\\r");
-  EXPECT_EQ (Second->Header.X, 100);
-  EXPECT_EQ (Second->Header.Width, 400);
+  FILE_COMPARISON_WINDOW *First = Open ("\\r");
+  FILE_COMPARISON_WINDOW *Second = Open ("\\r");
+  EXPECT_EQ (RectOf (&First->Header), (Rect {100, 100, 400, 320}));
+  EXPECT_EQ (RectOf (&Second->Header), (Rect {100, 100, 400, 320}));
 
   Close (First);
   EXPECT_EQ (Stored (), "(none)") << "one of two windows closing stores nothing";
@@ -86,73 +77,53 @@ TEST_F (FileComparisonTest, RectangleIsRememberedByTheLastWindowToClose) {
   Second->Header.Y = 90;
   Close (Second);
   EXPECT_EQ (Stored (), "120,90,500,400");
-  ComparisonView *Third = Open ("\\r");
-  EXPECT_EQ (Third->Header.X, 120);
-  EXPECT_EQ (Third->Header.Y, 90);
-  EXPECT_EQ (Third->Header.Width, 500);
-  EXPECT_EQ (Third->Header.Height, 400);
-}
+  EXPECT_EQ (RectOf (&Open ("\\r")->Header), (Rect {120, 90, 500, 400}));
 
-class StoredRectangleTest : public FileComparisonTest {
- protected:
-  bool AutoLoad () override { return false; }
-};
-
-TEST_F (StoredRectangleTest, FirstWindowOpensAtTheStoredRectangle) {
+  // After a new load the first window opens at the stored rectangle.
+  TearDown ();
+  SetUp ();
   Env ().settings ()->Set ("FileCmp", "Position", "40,50,420,330");
-  LoadDriver ();
-  gProtocol = Surveyor ();
-  Src = MakeVolume ("s2");
-  Bak = MakeVolume ("b2");
-  ComparisonView *W = Open ("\\nothing");
-  EXPECT_EQ (W->Header.X, 40);
-  EXPECT_EQ (W->Header.Y, 50);
-  EXPECT_EQ (W->Header.Width, 420);
-  EXPECT_EQ (W->Header.Height, 330);
+  EXPECT_EQ (RectOf (&Open ("\\nothing")->Header), (Rect {40, 50, 420, 330}));
 }
 
 TEST_F (FileComparisonTest, ControlsAndResizeLayout) {
   Both ("r/a", "1");
-  ComparisonView *W = Open ("\\r");
-  uint16_t CW = Gui ()->GetCharWidth (), LH = Gui ()->GetLineHeight (), CH = Wb ()->CaptionHeight;
+  FILE_COMPARISON_WINDOW *W = Open ("\\r");
+  int CW = Gui ()->GetCharWidth (), LH = Gui ()->GetLineHeight (), CH = Wb ()->CaptionHeight;
   EXPECT_EQ (Env ().windows ().WindowText (&W->Header),
              Text ("title prefix") + reinterpret_cast<const char *> (Env ().files ().Table ()->Volumes[Src].Label) +
                  Text ("title joint") + reinterpret_cast<const char *> (Env ().files ().Table ()->Volumes[Bak].Label));
   EXPECT_NE (W->Header.Flags & 0x80, 0u);
-  EXPECT_EQ (W->LevelField->Y, CH + 6);
-  EXPECT_EQ (W->EntryField->Y, CH + 22 + LH);
-  EXPECT_EQ (W->LevelField->Width, 380);
   EXPECT_EQ (Env ().windows ().WindowText (W->ResultLabel), Text ("result label"));
-  uint16_t Y3 = CH + 22 + LH + 16 + LH;
-  EXPECT_EQ (W->ResultLabel->Y, Y3);
+  EXPECT_EQ (Env ().controls ().LogPath (W->LogView), "\\r");
+  // Every control at x 10 and, but for the pause button, 20 narrower than the window.
+  int Y2 = CH + 22 + LH, Y3 = Y2 + 16 + LH, Y4 = Y3 + 16 + LH;
   CONTROL *Pause = Wb ()->GetControl (&W->Header, 33);
   ASSERT_NE (Pause, nullptr);
-  EXPECT_EQ (Pause->X, 390 - 5 * CW);
-  EXPECT_EQ (Pause->Width, 5 * CW);
-  EXPECT_EQ (W->LogView->Control.Y, Y3 + 16 + LH);
-  EXPECT_EQ (W->LogView->Control.Height, 320 - (Y3 + 16 + LH) - 10);
-  EXPECT_EQ (Env ().controls ().LogPath (W->LogView), "\\r");
+  EXPECT_EQ (RectOf (W->LevelField), (Rect {10, CH + 6, 380, LH + 10}));
+  EXPECT_EQ (RectOf (W->EntryField), (Rect {10, Y2, 380, LH + 10}));
+  EXPECT_EQ (RectOf (W->ResultLabel), (Rect {10, Y3, 0, LH + 10}));
+  EXPECT_EQ (RectOf (Pause), (Rect {390 - 5 * CW, Y3, 5 * CW, LH + 10}));
+  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, 380, 320 - Y4 - 10}));
   EXPECT_EQ (Env ().windows ().SendSysCommand (&W->Header, 33), 0u) << "the pause button is not acted on";
 
   // Below the minimum (25 characters wide) the window keeps the minimum.
-  uint16_t MinHeight = CH + (LH + 16) * 6 + 10;
+  int MinWidth = 25 * CW, MinHeight = CH + (LH + 16) * 6 + 10;
   Env ().windows ().ResizeWindow (&W->Header, 100, 50);
-  EXPECT_EQ (W->Header.Width, 25 * CW);
-  EXPECT_EQ (W->Header.Height, MinHeight);
-  EXPECT_EQ (W->LevelField->Width, 25 * CW - 20);
-  EXPECT_EQ (W->EntryField->Width, 25 * CW - 20);
-  EXPECT_EQ (Pause->X, 25 * CW - 10 - 5 * CW);
-  EXPECT_EQ (W->LogView->Control.Width, 25 * CW - 20);
-  EXPECT_EQ (W->LogView->Control.Height, (MinHeight - 10) - (Y3 + LH + 10 + 6));
+  EXPECT_EQ (RectOf (&W->Header), (Rect {100, 100, MinWidth, MinHeight}));
+  EXPECT_EQ (RectOf (W->LevelField), (Rect {10, CH + 6, MinWidth - 20, LH + 10}));
+  EXPECT_EQ (RectOf (W->EntryField), (Rect {10, Y2, MinWidth - 20, LH + 10}));
+  EXPECT_EQ (RectOf (Pause), (Rect {MinWidth - 10 - 5 * CW, Y3, 5 * CW, LH + 10}));
+  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, MinWidth - 20, (MinHeight - 10) - (Y3 + LH + 10 + 6)}));
   Env ().windows ().ResizeWindow (&W->Header, 640, 480);
-  EXPECT_EQ (W->Header.Width, 640);
-  EXPECT_EQ (W->LogView->Control.Height, 470 - (Y3 + LH + 10 + 6));
+  EXPECT_EQ (RectOf (&W->Header), (Rect {100, 100, 640, 480}));
+  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, 620, 470 - (Y3 + LH + 10 + 6)}));
 }
 
 TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   Both ("same/a", "1");
   Both ("same/b", "2");
-  ComparisonView *W = Open ("\\same");
+  FILE_COMPARISON_WINDOW *W = Open ("\\same");
   EXPECT_EQ (W->Job->CompareContents, 0);
   Finish (W);
   EXPECT_NE (W->Snapshot, nullptr);
@@ -163,8 +134,8 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   Put (Src, "w/a.txt", "new-content");
   Put (Bak, "w/a.txt", "old");
   Put (Src, "w/n1", "1");
-  Dir (Src, "w/n2");
-  ComparisonView *V = Open ("\\w");
+  MakeDir (Src, "w/n2");
+  FILE_COMPARISON_WINDOW *V = Open ("\\w");
   Finish (V);
   Want = {"\\w" + Text ("heading suffix"),
           "  a.txt - " + Text ("file changed"),
@@ -173,25 +144,23 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
           TextWith ("finished", {"3"}),
           TextWith ("added", {"2"}),
           TextWith ("changed", {"1"})};
-  std::vector<std::string> Got = Log (V);
-  ASSERT_EQ (Got.size (), Want.size ());
-  for (size_t I = 0; I < Want.size (); I++) EXPECT_EQ (Escaped (Got[I]), Escaped (Want[I])) << I;
+  EXPECT_EQ (Escaped (Log (V)), Escaped (Want));
   EXPECT_EQ (Env ().windows ().TimerCount (), 0u);
 
   // Deleted entries give the deleted line.
-  Dir (Src, "d");
+  MakeDir (Src, "d");
   Both ("d/keep", "k");
   Put (Bak, "d/old", "1");
-  ComparisonView *D = Open ("\\d");
+  FILE_COMPARISON_WINDOW *D = Open ("\\d");
   Finish (D);
-  Got = Log (D);
+  std::vector<std::string> Got = Log (D);
   ASSERT_GE (Got.size (), 2u);
   EXPECT_EQ (Got[Got.size () - 2], TextWith ("finished", {"2"}));
   EXPECT_EQ (Got.back (), TextWith ("deleted", {"1"}));
 }
 
 TEST_F (FileComparisonTest, StartFailureShowsItsLinesAndNoMenu) {
-  ComparisonView *W = Open ("\\missing");
+  FILE_COMPARISON_WINDOW *W = Open ("\\missing");
   EXPECT_EQ (W->Job, nullptr);
   std::vector<std::string> Want = {TextWith ("root missing", {"\\missing"}), Text ("compare failed"),
                                    Text ("start failed")};
@@ -206,7 +175,7 @@ TEST_F (FileComparisonTest, ResultMenuFollowsTheLineCode) {
   Put (Bak, "m/a.txt", "old");
   Put (Src, "m/new.txt", "1");
   Put (Bak, "m/gone.txt", "1");
-  ComparisonView *W = Open ("\\m");
+  FILE_COMPARISON_WINDOW *W = Open ("\\m");
   Finish (W);
   // 0 heading, 1 a.txt (11), 2 gone.txt (9), 3 new.txt (10), then the closing lines.
   ASSERT_EQ (W->Snapshot->EntryCount, 4);
@@ -218,10 +187,9 @@ TEST_F (FileComparisonTest, ResultMenuFollowsTheLineCode) {
   std::vector<std::string> Texts;
   for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup))
     Texts.push_back (Item.Separator ? "-" : Item.Text);
-  std::vector<std::string> WantTexts = {Text ("menu: open folder"), Text ("menu: open backup folder"), "-",
-                                        Text ("menu: delete file"), Text ("menu: copy file"),
-                                        Text ("menu: copy backup file")};
-  EXPECT_EQ (Texts, WantTexts);
+  EXPECT_EQ (Texts, (std::vector<std::string> {Text ("menu: open folder"), Text ("menu: open backup folder"), "-",
+                                                Text ("menu: delete file"), Text ("menu: copy file"),
+                                                Text ("menu: copy backup file")}));
   auto E = Enabled (Popup);
   EXPECT_FALSE (E[Text ("menu: copy backup file")]) << "new since the backup";
   EXPECT_TRUE (E[Text ("menu: delete file")]);
@@ -263,37 +231,32 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
   Put (Src, "c/a.txt", "changed!");
   Put (Bak, "c/a.txt", "old");
   Put (Src, "c/new.txt", "1");
-  ComparisonView *W = Open ("\\c");
+  FILE_COMPARISON_WINDOW *W = Open ("\\c");
   Finish (W);
   // 0 heading \c, 1 a.txt (11), 2 new.txt (10).
   auto &Jobio = Env ().jobio ();
-  ASSERT_NE (ContextClick (W, 1), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy file")));
+  Choose (W, 1, "menu: copy file");
   EXPECT_EQ (Jobio.ClipboardVolume (), Src);
   EXPECT_EQ (Jobio.ClipboardDirectory (), "\\c");
   EXPECT_EQ (Jobio.ClipboardNames (), std::vector<std::string> {"a.txt"});
 
-  ASSERT_NE (ContextClick (W, 1), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy backup file")));
+  Choose (W, 1, "menu: copy backup file");
   EXPECT_EQ (Jobio.ClipboardVolume (), Bak);
 
   // A heading line puts the folder itself on the clipboard.
-  ASSERT_NE (ContextClick (W, 0), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: copy file")));
+  Choose (W, 0, "menu: copy file");
   EXPECT_EQ (Jobio.ClipboardVolume (), Src);
   EXPECT_EQ (Jobio.ClipboardDirectory (), "\\");
   EXPECT_EQ (Jobio.ClipboardNames (), std::vector<std::string> {"c"});
 
   // Delete removes the source file of the line.
   ASSERT_TRUE (std::filesystem::exists (VolumePath (Src) / "c" / "new.txt"));
-  ASSERT_NE (ContextClick (W, 2), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: delete file")));
+  Choose (W, 2, "menu: delete file");
   EXPECT_FALSE (std::filesystem::exists (VolumePath (Src) / "c" / "new.txt"));
   EXPECT_TRUE (std::filesystem::exists (VolumePath (Src) / "c" / "a.txt"));
 
   // Open backup folder: the main window of the backup volume, in the line's folder.
-  ASSERT_NE (ContextClick (W, 1), nullptr);
-  ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text ("menu: open backup folder")));
+  Choose (W, 1, "menu: open backup folder");
   auto *Main = reinterpret_cast<MAIN_WINDOW *> (Env ().windows ().ActiveWindow ());
   ASSERT_NE (Main, nullptr);
   ASSERT_EQ (Main->Header.Handler, MainWindowHandler);
@@ -304,7 +267,7 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
 TEST_F (FileComparisonTest, LogStopsAt1024Lines) {
   Both ("many/keep", "k");
   for (int I = 0; I < 1100; I++) Put (Src, "many/n" + std::to_string (10000 + I), "1");
-  ComparisonView *W = Open ("\\many");
+  FILE_COMPARISON_WINDOW *W = Open ("\\many");
   Finish (W);
   std::vector<std::string> Lines = Log (W);
   ASSERT_EQ (Lines.size (), 1024u);
@@ -316,7 +279,7 @@ TEST_F (FileComparisonTest, LogStopsAt1024Lines) {
 
 TEST_F (FileComparisonTest, ClosingARunningComparisonFreesItsJob) {
   for (int I = 0; I < 20; I++) Both ("big/f" + std::to_string (I), "x");
-  ComparisonView *W = Open ("\\big");
+  FILE_COMPARISON_WINDOW *W = Open ("\\big");
   ASSERT_NE (W->Job, nullptr);
   for (int I = 0; I < 5; I++) Env ().windows ().RunTimerTick ();
   ASSERT_NE (W->Job, nullptr);

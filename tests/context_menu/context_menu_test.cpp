@@ -1,17 +1,9 @@
 // The listing's right-button menu: its items, the enable rules by selection,
 // write protection and clipboard, the comparison volumes, placement at the
 // screen edges, and the comparison and attributes commands.
-#include <map>
-#include <string>
-#include <vector>
-
-#include "env/controls/control_driver.h"
-#include "env/files/file_driver.h"
-#include "env/jobio/jobio_driver.h"
 #include "env/host/ntfs_service.h"
-#include "env/windows/window_base.h"
-#include "filemanager/main_window.h"
-#include "support/driver_fixture.h"
+#include "env/jobio/jobio_driver.h"
+#include "support/main_window_fixture.h"
 
 namespace {
 
@@ -29,143 +21,119 @@ WINDOW_HEADER *EFIAPI RecordAttributes (UINT8 Volume, UINT32 Entry, const CHAR8 
   return nullptr;
 }
 
-class ContextMenuTest : public DriverTest {
+class ContextMenuTest : public MainWindowTest {
  protected:
-  MAIN_WINDOW *OpenMain (int Volume) {
-    auto *W = reinterpret_cast<MAIN_WINDOW *> (
-        Surveyor ()->OpenVolumeWindow (0, 0, static_cast<UINT8> (Volume), nullptr, nullptr));
-    EXPECT_NE (W, nullptr);
-    return W;
+  // Right click with the rows of Names selected; the popup shown.
+  WINDOW_HEADER *RightClick (MAIN_WINDOW *W, const std::vector<std::string> &Names, uint16_t X = 5, uint16_t Y = 5) {
+    Base ().ClosePopup ();
+    Select (W, Names);
+    Controls ().ContextClick (W->List, X, Y);
+    return Base ().ShownPopup ();
   }
-  uint16_t Row (MAIN_WINDOW *W, const std::string &Name) {
-    for (uint16_t R = 0; R < W->List->RowCount; R++)
-      if (Env ().controls ().CellText (W->List, 0, R) == Name) return R;
-    ADD_FAILURE () << "no row " << Name;
-    return 0;
+  std::vector<std::string> Texts (WINDOW_HEADER *Popup) {
+    std::vector<std::string> Out;
+    for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup)) Out.push_back (Item.Separator ? "-" : Item.Text);
+    return Out;
   }
-  // Right click with Rows selected; the popup shown.
-  WINDOW_HEADER *RightClick (MAIN_WINDOW *W, std::vector<uint16_t> Rows, uint16_t X = 5, uint16_t Y = 5) {
-    Env ().windows ().ClosePopup ();
-    Env ().controls ().SelectRows (W->List, Rows);
-    Env ().controls ().ContextClick (W->List, X, Y);
-    return Env ().windows ().ShownPopup ();
-  }
-  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
-  void Close (MAIN_WINDOW *W) {
-    Env ().windows ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
-    Env ().windows ().PumpMessages ();
+  // The items' enabled states in menu order (separators left out), one digit
+  // each; where Mask holds '.', the state is not told.
+  std::string States (WINDOW_HEADER *Popup, const std::string &Mask) {
+    std::string Out;
+    for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup))
+      if (!Item.Separator)
+        Out += Out.size () < Mask.size () && Mask[Out.size ()] == '.' ? '.' : Item.Enabled ? '1' : '0';
+    return Out;
   }
   // The popup lives as long as the driver: build it once, then count pool
   // blocks from there.
   void BuildMenuFirst (int Volume) {
-    MAIN_WINDOW *W = OpenMain (Volume);
+    MAIN_WINDOW *W = Open (Volume);
     ASSERT_NE (RightClick (W, {}), nullptr);
-    Env ().windows ().ClosePopup ();
+    Base ().ClosePopup ();
     Close (W);
     RebaseAfterFirstUse ();
   }
   void Choose (const std::string &Text) {
-    ASSERT_TRUE (Env ().windows ().ChoosePopupItem (Env ().windows ().ShownPopup (), Text)) << Text;
-    Env ().windows ().PumpMessages ();
+    ASSERT_TRUE (Base ().ChoosePopupItem (Base ().ShownPopup (), Text)) << Text;
+    Base ().PumpMessages ();
   }
 };
 
-TEST_F (ContextMenuTest, ItemsAndTheNoSelectionRules) {
-  int C = MakeVolume ("sys", 0, 0, 1, "C:");
-  WriteFile (C, "a.txt", "1");
-  BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
-  WINDOW_HEADER *Popup = RightClick (W, {});
-  ASSERT_NE (Popup, nullptr);
-  std::vector<std::string> Texts;
-  for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (Popup)) {
-    Texts.push_back (Item.Separator ? "-" : Item.Text);
-    if (!Item.Separator) EXPECT_EQ (Item.Context, &W->Header) << Item.Text;
-  }
-  std::vector<std::string> Want = {"Copy", "Delete", "Rename", "Paste", "-", "Attributes", "-", kCompare1, kCompare2};
-  EXPECT_EQ (Texts, Want);
-  auto E = Enabled (Popup);
-  EXPECT_FALSE (E["Copy"] || E["Delete"] || E["Rename"] || E["Attributes"] || E[kCompare1] || E[kCompare2]);
-  EXPECT_FALSE (E["Paste"]) << "nothing in the clipboard";
-
-  JOBIO_DRIVER_PROTOCOL *Jobio = Env ().jobio ().Table ();
-  UINT32 Id = Jobio->BeginClipboard (static_cast<UINT8> (C), reinterpret_cast<const CHAR8 *> ("\\"));
-  ASSERT_NE (Id, 0u);
-  ASSERT_TRUE (Jobio->AddToClipboard (Id, reinterpret_cast<const CHAR8 *> ("a.txt")));
-  E = Enabled (RightClick (W, {}));
-  EXPECT_TRUE (E["Paste"]);
-  EXPECT_FALSE (E["Copy"] || E["Delete"] || E["Rename"] || E["Attributes"]);
-  Env ().windows ().ClosePopup ();
-}
-
-TEST_F (ContextMenuTest, SelectionRulesAndComparisonVolumes) {
-  int C = MakeVolume ("sys", 0, 0, 1, "C:");
+TEST_F (ContextMenuTest, ItemsAndTheirEnableRules) {
+  int Sys = MakeVolume ("sys", 0, 0, 1, "C:");
   MakeVolume ("plain");
   int T1 = MakeVolume ("backup1", 0x81);
   int T2 = MakeVolume ("backup2", 0x82);
-  WriteFile (C, "a.txt", "1");
-  WriteFile (C, "b.txt", "1");
-  BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  int D = MakeVolume ("d", 0, 0, 1, "D:");
+  int Gbk = MakeVolume ("gbk", 0, 0, 1, std::string ("\x43\xC5\xCC"));   // drive C in GBK
+  int Ro = MakeVolume ("ro", 0x80, 0, 1, "C:");
+  for (int V : {Sys, D, Gbk, Ro}) WriteFile (V, "a.txt", "1");
+  WriteFile (Sys, "b.txt", "1");
+  BuildMenuFirst (Sys);
+  MAIN_WINDOW *W = Open (Sys);
+  WINDOW_HEADER *Popup = RightClick (W, {});
+  ASSERT_NE (Popup, nullptr);
+  for (const env::PopupItemInfo &Item : Base ().PopupItems (Popup))
+    if (!Item.Separator) EXPECT_EQ (Item.Context, &W->Header) << Item.Text;
+  EXPECT_EQ (Texts (Popup), (std::vector<std::string> {"Copy", "Delete", "Rename", "Paste", "-", "Attributes", "-",
+                                                         kCompare1, kCompare2}));
 
-  auto E = Enabled (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_TRUE (E["Copy"] && E["Delete"] && E["Rename"] && E["Attributes"]);
-  EXPECT_FALSE (E["Paste"]);
-  EXPECT_TRUE (E[kCompare1] && E[kCompare2]);
+  // Copy, Delete, Rename, Paste, Attributes and the two comparisons; a
+  // write-protected volume leaves Copy as the popup's last showing set it.
+  struct Case {
+    int Volume;
+    std::vector<std::string> Selected;
+    std::string States, Why;
+  } Cases[] = {
+      {Sys, {}, "0000000", "nothing selected, nothing in the clipboard"},
+      {Sys, {}, "0001000", "nothing selected, something in the clipboard"},
+      {Sys, {"a.txt"}, "1110111", "one file"},
+      {Sys, {"a.txt", "b.txt"}, "1100000", "two files"},
+      {D, {"a.txt"}, "1110100", "drive D: no comparisons"},
+      {Gbk, {"a.txt"}, "1110111", "drive C in GBK"},
+      {Ro, {"a.txt"}, ".000100", "write-protected"},
+      {Ro, {}, ".000000", "write-protected, nothing selected"},
+  };
+  for (const Case &C : Cases) {
+    if (&C == &Cases[1]) {
+      JOBIO_DRIVER_PROTOCOL *Jobio = Env ().jobio ().Table ();
+      UINT32 Id = Jobio->BeginClipboard (static_cast<UINT8> (Sys), A8 ("\\"));
+      ASSERT_TRUE (Id != 0 && Jobio->AddToClipboard (Id, A8 ("a.txt")));
+    }
+    MAIN_WINDOW *Window = Open (C.Volume);
+    EXPECT_EQ (States (RightClick (Window, C.Selected), C.States), C.States) << C.Why;
+    if (C.Volume == D) EXPECT_EQ (Window->CompareTarget1, 255);
+  }
   EXPECT_EQ (W->CompareTarget1, T1);
   EXPECT_EQ (W->CompareTarget2, T2);
+  Base ().ClosePopup ();
+}
 
-  E = Enabled (RightClick (W, {Row (W, "a.txt"), Row (W, "b.txt")}));
-  EXPECT_TRUE (E["Copy"] && E["Delete"]);
-  EXPECT_FALSE (E["Rename"] || E["Attributes"] || E[kCompare1] || E[kCompare2] || E["Paste"]);
-
+TEST_F (ContextMenuTest, ComparisonVolumesAreTheLastOfferedWithTheirFlags) {
+  int Sys = MakeVolume ("sys", 0, 0, 1, "C:");
+  int T1 = MakeVolume ("backup1", 0x81);
+  int T2 = MakeVolume ("backup2", 0x82);
+  WriteFile (Sys, "a.txt", "1");
+  BuildMenuFirst (Sys);
+  MAIN_WINDOW *W = Open (Sys);
   // A later volume with flags 0x81 wins; without a 0x82 volume the second item stays grey.
   int Later = MakeVolume ("backup1b", 0x81);
   Env ().files ().Table ()->Volumes[T2].Flags = 0;
-  E = Enabled (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_TRUE (E[kCompare1]);
-  EXPECT_FALSE (E[kCompare2]);
+  EXPECT_EQ (States (RightClick (W, {"a.txt"}), ""), "1110110");
   EXPECT_EQ (W->CompareTarget1, Later);
   EXPECT_EQ (W->CompareTarget2, 255);
   // A volume that is not offered does not count.
   Env ().files ().Table ()->Volumes[Later].Offered = 0;
-  RightClick (W, {Row (W, "a.txt")});
+  RightClick (W, {"a.txt"});
   EXPECT_EQ (W->CompareTarget1, T1);
-  Env ().windows ().ClosePopup ();
-}
-
-TEST_F (ContextMenuTest, ComparisonsOnlyFromTheWritableSystemDrive) {
-  int D = MakeVolume ("d", 0, 0, 1, "D:");
-  int Gbk = MakeVolume ("gbk", 0, 0, 1, std::string ("\x43\xC5\xCC"));
-  int Ro = MakeVolume ("ro", 0x80, 0, 1, "C:");
-  MakeVolume ("backup1", 0x81);
-  MakeVolume ("backup2", 0x82);
-  for (int V : {D, Gbk, Ro}) WriteFile (V, "a.txt", "1");
-  BuildMenuFirst (D);
-
-  MAIN_WINDOW *W = OpenMain (D);
-  auto E = Enabled (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_FALSE (E[kCompare1] || E[kCompare2]);
-  EXPECT_EQ (W->CompareTarget1, 255);
-
-  W = OpenMain (Gbk);
-  E = Enabled (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_TRUE (E[kCompare1] && E[kCompare2]) << "drive C in GBK";
-
-  W = OpenMain (Ro);
-  E = Enabled (RightClick (W, {Row (W, "a.txt")}));
-  EXPECT_FALSE (E[kCompare1] || E[kCompare2]) << "write-protected";
-  EXPECT_FALSE (E["Rename"] || E["Delete"] || E["Paste"]) << "write-protected";
-  E = Enabled (RightClick (W, {}));
-  EXPECT_FALSE (E["Rename"] || E["Delete"] || E["Paste"]);
-  Env ().windows ().ClosePopup ();
+  Base ().ClosePopup ();
 }
 
 TEST_F (ContextMenuTest, PopupOpensLeftAndAboveNearTheScreenEdges) {
   int C = MakeVolume ("sys", 0, 0, 1, "C:");
   WriteFile (C, "a.txt", "1");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  MAIN_WINDOW *W = Open (C);
   UINT16 Ox = 0, Oy = 0;
   Wb ()->GetControlOrigin (&Ox, &Oy, W->List);
   WINDOW_HEADER *Popup = RightClick (W, {}, 20, 30);
@@ -182,7 +150,7 @@ TEST_F (ContextMenuTest, PopupOpensLeftAndAboveNearTheScreenEdges) {
   ASSERT_GT (Ox + X + Popup->Width, Gui ()->ScreenWidth - 2);
   EXPECT_EQ (Popup->X, Ox + X - Popup->Width);
   EXPECT_EQ (Popup->Y, Oy + Y - Popup->Height);
-  Env ().windows ().ClosePopup ();
+  Base ().ClosePopup ();
 }
 
 TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
@@ -191,10 +159,10 @@ TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
   WriteFile (C, "docs/a.txt", "1");
   WriteFile (T2, "docs/a.txt", "1");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
-  RightClick (W, {Row (W, "docs")});
+  MAIN_WINDOW *W = Open (C);
+  RightClick (W, {"docs"});
   Choose (kCompare2);
-  WINDOW_HEADER *Active = Env ().windows ().ActiveWindow ();
+  WINDOW_HEADER *Active = Base ().ActiveWindow ();
   ASSERT_NE (Active, nullptr);
   ASSERT_NE (Active, &W->Header);
   EXPECT_EQ (Active->ObjectSize, 848u);
@@ -202,16 +170,16 @@ TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
   EXPECT_STREQ (reinterpret_cast<const char *> (Private), "\\docs");
   EXPECT_EQ (Private[512], C);
   EXPECT_EQ (Private[513], T2);
-  EXPECT_EQ (Env ().windows ().TimerCount (), 1u) << "its job runs";
+  EXPECT_EQ (Base ().TimerCount (), 1u) << "its job runs";
 
   // The comparison volume went away after the menu was shown: the item does nothing.
-  std::vector<env::PopupItemInfo> Items = Env ().windows ().PopupItems (RightClick (W, {Row (W, "docs")}));
-  Env ().windows ().ClosePopup ();
+  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (RightClick (W, {"docs"}));
+  Base ().ClosePopup ();
   Env ().files ().Table ()->Volumes[T2].InUse = 0;
-  size_t Before = Env ().windows ().TopLevelWindows ().size ();
+  size_t Before = Base ().TopLevelWindows ().size ();
   for (const env::PopupItemInfo &Item : Items)
     if (Item.Text == kCompare2) Item.Command (Item.Item, &W->Header);
-  EXPECT_EQ (Env ().windows ().TopLevelWindows ().size (), Before);
+  EXPECT_EQ (Base ().TopLevelWindows ().size (), Before);
   Env ().files ().Table ()->Volumes[T2].InUse = 1;
 }
 
@@ -225,9 +193,9 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
   Env ().ntfs ()->Table ()->OpenAttributesWindow = RecordAttributes;
   gAttributesCalls.clear ();
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
+  MAIN_WINDOW *W = Open (C);
 
-  RightClick (W, {Row (W, "docs")});
+  RightClick (W, {"docs"});
   Choose ("Attributes");
   ASSERT_EQ (gAttributesCalls.size (), 1u);
   EXPECT_EQ (gAttributesCalls[0].Volume, C);
@@ -235,7 +203,7 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
   LIST_ITEM *Docs = Cd ()->GetItem (W->List, Row (W, "docs"));
   EXPECT_EQ (gAttributesCalls[0].Entry, Docs->EntryWord);
 
-  RightClick (W, {Row (W, "f.txt")});
+  RightClick (W, {"f.txt"});
   Choose ("Attributes");
   ASSERT_EQ (gAttributesCalls.size (), 2u);
   EXPECT_EQ (gAttributesCalls[1].Text, "f.txt");
@@ -243,29 +211,26 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
 
   // Not ready, or a volume of another kind: nothing.
   Env ().ntfs ()->SetReady (false);
-  RightClick (W, {Row (W, "f.txt")});
+  RightClick (W, {"f.txt"});
   Choose ("Attributes");
   Env ().ntfs ()->SetReady (true);
-  MAIN_WINDOW *P = OpenMain (Plain);
-  RightClick (P, {Row (P, "f.txt")});
+  MAIN_WINDOW *P = Open (Plain);
+  RightClick (P, {"f.txt"});
   Choose ("Attributes");
   EXPECT_EQ (gAttributesCalls.size (), 2u);
 }
 
 TEST_F (ContextMenuTest, AttributesItemOnlyWithExtendedMenus) {
-  Env ().windows ().SetExtendedMenus (false);
+  Base ().SetExtendedMenus (false);
   int C = MakeVolume ("sys", 0, 0, 1, "C:");
   BuildMenuFirst (C);
-  MAIN_WINDOW *W = OpenMain (C);
-  std::vector<std::string> Texts;
-  for (const env::PopupItemInfo &Item : Env ().windows ().PopupItems (RightClick (W, {})))
-    Texts.push_back (Item.Separator ? "-" : Item.Text);
+  MAIN_WINDOW *W = Open (C);
   std::vector<std::string> Want = {"Copy", "Delete", "Rename", "Paste", "-", kCompare1, kCompare2};
-  EXPECT_EQ (Texts, Want);
+  EXPECT_EQ (Texts (RightClick (W, {})), Want);
   // Asked once, when the popup is built.
-  Env ().windows ().SetExtendedMenus (true);
-  EXPECT_EQ (Env ().windows ().PopupItems (RightClick (W, {})).size (), Want.size ());
-  Env ().windows ().ClosePopup ();
+  Base ().SetExtendedMenus (true);
+  EXPECT_EQ (Base ().PopupItems (RightClick (W, {})).size (), Want.size ());
+  Base ().ClosePopup ();
 }
 
 }  // namespace

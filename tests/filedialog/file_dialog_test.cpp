@@ -12,6 +12,7 @@
 #include "filemanager/file_types.h"
 #include "support/driver_fixture.h"
 #include "support/folder_override.h"
+#include "support/window_views.h"
 
 namespace fs = std::filesystem;
 
@@ -47,6 +48,12 @@ class FileDialogTest : public DriverTest {
     for (auto &I : Items (D)) Out.push_back ((const char *) I.Path);
     return Out;
   }
+  // Whether each item of the tree shows an expander.
+  std::vector<int> Children (FILE_DIALOG *D) {
+    std::vector<int> Out;
+    for (auto &I : Items (D)) Out.push_back (I.HasChildren);
+    return Out;
+  }
   uint16_t IndexOf (FILE_DIALOG *D, const std::string &Path) {
     auto All = Paths (D);
     for (size_t I = 0; I < All.size (); I++)
@@ -63,6 +70,7 @@ class FileDialogTest : public DriverTest {
     Windows ().ClickButton (Button);
   }
   size_t ResultCount () { return Windows ().DialogResults ().size (); }
+  std::vector<std::string> Boxes () { return ShownMessageBoxes (Windows ()); }
   // The last choice handed back: "<volume>:<path>".
   std::string LastResult () {
     if (Windows ().DialogResults ().empty ()) return "<none>";
@@ -82,6 +90,17 @@ class FileDialogTest : public DriverTest {
   void OpenContextMenu (FILE_DIALOG *D, const std::string &Path) {
     Controls ().TreeContextClick (D->FileTree, IndexOf (D, Path), 5, 6);
   }
+  // Right click on the item Path, choose Item, then end the in-place edit
+  // with Text; the dialog's answer to the edit (0 or TREE_REFUSE_EDIT).
+  uint32_t EditFrom (FILE_DIALOG *D, const std::string &Path, const char *Item, const std::string &Text,
+                     bool Apply = true) {
+    OpenContextMenu (D, Path);
+    if (!Windows ().ChoosePopupItem (D->DialogPopup, Item) || !Controls ().TreeEditing (D->FileTree)) {
+      ADD_FAILURE () << Item << " on " << Path << " starts no edit";
+      return 1;
+    }
+    return Controls ().FinishTreeEdit (D->FileTree, Text, Apply);
+  }
 
   int Vol = -1;
 };
@@ -93,16 +112,9 @@ TEST_F (FileDialogTest, WindowLayoutAndTreeContents) {
   EXPECT_EQ (W->ObjectSize, 848u);
   EXPECT_EQ (Windows ().WindowText (W), "Pick");
   EXPECT_TRUE (W->Flags & WINDOW_FLAG_DIALOG);
-  EXPECT_EQ (W->X, 20);
-  EXPECT_EQ (W->Y, 30);
-  EXPECT_EQ (W->Width, 400);
-  UINT16 L = Gui ()->GetLineHeight (), Caption = Wb ()->CaptionHeight;
-  UINT16 TreeTop = (UINT16) (Caption + 6 + L + 16), TreeHeight = (UINT16) ((L + 6) * 10 + 6);
-  EXPECT_EQ (D->FileTree->Control.X, 10);
-  EXPECT_EQ (D->FileTree->Control.Y, TreeTop);
-  EXPECT_EQ (D->FileTree->Control.Width, 380);
-  EXPECT_EQ (D->FileTree->Control.Height, TreeHeight);
-  EXPECT_EQ (W->Height, TreeTop + TreeHeight + 6 + 2 * L + 25);
+  int L = Gui ()->GetLineHeight (), TreeTop = Wb ()->CaptionHeight + 6 + L + 16, TreeHeight = (L + 6) * 10 + 6;
+  EXPECT_EQ (RectOf (W), (Rect {20, 30, 400, TreeTop + TreeHeight + 6 + 2 * L + 25}));
+  EXPECT_EQ (RectOf (&D->FileTree->Control), (Rect {10, TreeTop, 380, TreeHeight}));
   EXPECT_STREQ ((const char *) D->CurrentDir, "\\");
   EXPECT_EQ (Windows ().IconPath (W->IconId), "\\efi\\kivora\\icon\\surveyor\\files\\dir.ico");
   CONTROL *Button = Wb ()->GetControl (W, 33);
@@ -111,10 +123,8 @@ TEST_F (FileDialogTest, WindowLayoutAndTreeContents) {
 
   // Names starting with "." never appear; folders first, then files.
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\docs", "\\emptydir", "\\onlyfiles", "\\top.txt"}));
+  EXPECT_EQ (Children (D), (std::vector<int> {1, 1, 1, 0, 1, 0}));
   auto All = Items (D);
-  std::vector<int> Children;
-  for (auto &I : All) Children.push_back (I.HasChildren);
-  EXPECT_EQ (Children, (std::vector<int> {1, 1, 1, 0, 1, 0}));
   for (size_t I = 0; I + 1 < All.size (); I++) EXPECT_EQ (All[I].Icon, gFileIcons.Directory) << All[I].Path;
   EXPECT_EQ (All.back ().Icon, gFileIcons.Unknown);
   EXPECT_NE (gFileIcons.Directory, gFileIcons.Unknown);
@@ -125,17 +135,10 @@ TEST_F (FileDialogTest, WindowLayoutAndTreeContents) {
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\a\\b", "\\a\\b\\deep.txt", "\\docs", "\\emptydir",
                                                   "\\onlyfiles", "\\top.txt"}));
 
-  // The handler's answers.
-  MESSAGE M {};
-  M.Type = MSG_SYSCOMMAND;
-  M.Word2 = SYSCMD_RESTORE;
-  EXPECT_EQ (W->Handler (W, &M), 1);
-  M.Word2 = 5;
-  EXPECT_EQ (W->Handler (W, &M), 0);
-  M.Type = MSG_ACTIVATE;
-  EXPECT_EQ (W->Handler (W, &M), 1);
-  M.Type = MSG_KEY;
-  EXPECT_EQ (W->Handler (W, &M), 0);
+  // The handler takes restore and activation, and no other command or key.
+  EXPECT_EQ (HandlerAnswers (W, {MessageOf (MSG_SYSCOMMAND, SYSCMD_RESTORE), MessageOf (MSG_SYSCOMMAND, 5),
+                                 MessageOf (MSG_ACTIVATE), MessageOf (MSG_KEY)}),
+             "1010");
   EXPECT_EQ (ResultCount (), 0u);
 }
 
@@ -192,10 +195,8 @@ TEST_F (FileDialogTest, ChoicesGiveVolumeAndPath) {
 TEST_F (FileDialogTest, DirectoriesOnly) {
   FILE_DIALOG *D = Open (Vol, 1);
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\docs", "\\emptydir", "\\onlyfiles"}));
-  std::vector<int> Children;
-  for (auto &I : Items (D)) Children.push_back (I.HasChildren);
   // docs and onlyfiles hold only files: no children here.
-  EXPECT_EQ (Children, (std::vector<int> {1, 1, 0, 0, 0}));
+  EXPECT_EQ (Children (D), (std::vector<int> {1, 1, 0, 0, 0}));
   Expand (D, "\\a");
   EXPECT_EQ (Paths (D), (std::vector<std::string> {"\\", "\\a", "\\a\\b", "\\docs", "\\emptydir", "\\onlyfiles"}));
   EXPECT_EQ (Items (D)[2].HasChildren, 0);
@@ -229,15 +230,12 @@ TEST_F (FileDialogTest, LeftOutEntriesAndUnreadableFoldersAreSaid) {
   EXPECT_EQ (Status (D, 1), "");
   Expand (D, "\\docs");
   EXPECT_EQ (Status (D, 1), LeftOut ("left_long_names", 1));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
 
   FolderOverride Locked (Env ().files ().Table (), "\\a", UnreadableFolderNotes ());
   Expand (D, "\\a");
   EXPECT_EQ (Status (D, 1), "");
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "\\a");
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text,
-             (const char *) GetString (nullptr, (const CHAR8 *) "fail_read_folder"));
+  EXPECT_EQ (Boxes (), OneMessageBox ("\\a", (const char *) GetString (nullptr, (const CHAR8 *) "fail_read_folder")));
 }
 
 TEST_F (FileDialogTest, SwitchingTheVolumeReloadsTheTree) {
@@ -300,63 +298,40 @@ TEST_F (FileDialogTest, ContextMenuCreatesAndRenamesDirectories) {
   Windows ().ScreenOrigin (D->FileTree, Ox, Oy);
   EXPECT_EQ (Popup->X, Ox + 5);
   EXPECT_EQ (Popup->Y, Oy + 6);
-  auto Menu = Windows ().PopupItems (Popup);
-  ASSERT_EQ (Menu.size (), 3u);
-  EXPECT_EQ (Menu[0].Text, "New folder");
-  EXPECT_EQ (Menu[1].Text, "Delete folder");
-  EXPECT_EQ (Menu[2].Text, "Rename");
-  for (auto &I : Menu) {
+  std::vector<std::string> Texts;
+  for (auto &I : Windows ().PopupItems (Popup)) {
+    Texts.push_back (I.Text);
     EXPECT_EQ (I.Icon, 126);
     EXPECT_EQ (I.Context, &D->Header);
   }
+  EXPECT_EQ (Texts, (std::vector<std::string> {"New folder", "Delete folder", "Rename"}));
 
   // "Delete folder" deletes nothing.
   EXPECT_TRUE (Windows ().ChoosePopupItem (Popup, "Delete folder"));
   EXPECT_TRUE (fs::exists (Root / "docs/readme.txt"));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
 
-  // A new folder under the clicked directory.
+  // A new folder under the clicked directory; the same name again is refused
+  // with the path as text; a cancelled edit creates nothing.
   OpenContextMenu (D, "\\docs");
   EXPECT_EQ (Windows ().ShownPopup (), Popup) << "the popup is made once";
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
-  ASSERT_TRUE (Controls ().TreeEditing (D->FileTree));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), 0u);
+  EXPECT_EQ (EditFrom (D, "\\docs", "New folder", "fresh"), 0u);
   EXPECT_TRUE (fs::is_directory (Root / "docs/fresh"));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
-
-  // The same name again is refused with the path as text.
-  OpenContextMenu (D, "\\docs");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "fresh", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Style, 1);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\docs\\fresh");
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot create folder");
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_EQ (EditFrom (D, "\\docs", "New folder", "fresh"), TREE_REFUSE_EDIT);
+  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", "\\docs\\fresh"));
   Windows ().ClearMessageBoxes ();
-
-  // A cancelled edit creates nothing.
-  OpenContextMenu (D, "\\emptydir");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "New folder"));
-  Controls ().FinishTreeEdit (D->FileTree, "never", false);
-  EXPECT_FALSE (fs::exists (Root / "emptydir/never"));
+  EditFrom (D, "\\emptydir", "New folder", "never", false);
+  EXPECT_FALSE (fs::exists (Root / "emptydir/never") || fs::exists (Root / "docs/fresh/never"));
 
   // Renaming a file; then a clash is refused with the directory as text.
-  OpenContextMenu (D, "\\docs\\readme.txt");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "Rename"));
-  ASSERT_TRUE (Controls ().TreeEditing (D->FileTree));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "notes.txt", true), 0u);
+  EXPECT_EQ (EditFrom (D, "\\docs\\readme.txt", "Rename", "notes.txt"), 0u);
   EXPECT_EQ (ReadHostFile (Root / "docs/notes.txt"), "readme");
   EXPECT_FALSE (fs::exists (Root / "docs/readme.txt"));
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
-
-  OpenContextMenu (D, "\\top.txt");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (Popup, "Rename"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "docs", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\");
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot rename");
+  EXPECT_TRUE (Boxes ().empty ());
+  EXPECT_EQ (EditFrom (D, "\\top.txt", "Rename", "docs"), TREE_REFUSE_EDIT);
+  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot rename", "\\"));
   EXPECT_EQ (ReadHostFile (Root / "top.txt"), "top");
-  EXPECT_FALSE (fs::exists (Root / "docs/fresh/never"));
 
   // Closing the dialog destroys its popup.
   Windows ().SendSysCommand (&D->Header, SYSCMD_CLOSE);
@@ -368,41 +343,29 @@ TEST_F (FileDialogTest, RefusedCreationsOnLockedVolumesAndLongPaths) {
   int Locked = MakeVolume ("locked", VOLUME_FLAG_WRITE_PROTECTED, 0, 1, "RO");
   MakeDir (Locked, "sub");
   FILE_DIALOG *D = Open (Locked, 1);
-  OpenContextMenu (D, "\\sub");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "made", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Text, "\\sub\\made");
+  EXPECT_EQ (EditFrom (D, "\\sub", "New folder", "made"), TREE_REFUSE_EDIT);
   EXPECT_FALSE (fs::exists (VolumePath (Locked) / "sub/made"));
-  OpenContextMenu (D, "\\sub");
-  ASSERT_TRUE (Windows ().ChoosePopupItem (D->DialogPopup, "Rename"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (D->FileTree, "other", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 2u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[1].Text, "\\");
+  EXPECT_EQ (EditFrom (D, "\\sub", "Rename", "other"), TREE_REFUSE_EDIT);
+  EXPECT_EQ (Boxes (), (std::vector<std::string> {"Cannot create folder: \\sub\\made", "Cannot rename: \\"}));
   EXPECT_TRUE (fs::is_directory (VolumePath (Locked) / "sub"));
   Windows ().ClearMessageBoxes ();
 
   // A parent path of 511 characters (over 510) refuses silently.
-  std::string A (170, 'a'), B (170, 'b'), C (168, 'c');
+  std::string A (170, 'a'), B (170, 'b'), C (168, 'c'), C2 (166, 'c');
   MakeDir (Vol, A + "/" + B + "/" + C);
-  std::string C2 (167, 'c');
   MakeDir (Vol, A + "/" + B + "/" + C2);
   FILE_DIALOG *E = Open (Vol, 1);
-  std::string PathA = "\\" + A, PathB = PathA + "\\" + B, PathC = PathB + "\\" + C;
-  ASSERT_EQ (PathC.size (), 511u);
+  std::string PathA = "\\" + A, PathB = PathA + "\\" + B, PathC = PathB + "\\" + C;   // 511 characters
   Expand (E, PathA);
   Expand (E, PathB);
-  OpenContextMenu (E, PathC);
-  ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
-  EXPECT_TRUE (Windows ().MessageBoxes ().empty ());
-  // One character shorter is attempted: the full path would not fit the
-  // 512-byte buffer, so it is refused like a failed creation, with a message.
-  OpenContextMenu (E, PathB + "\\" + C2);
-  ASSERT_TRUE (Windows ().ChoosePopupItem (E->DialogPopup, "New folder"));
-  EXPECT_EQ (Controls ().FinishTreeEdit (E->FileTree, "x", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (Windows ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Windows ().MessageBoxes ()[0].Caption, "Cannot create folder");
+  EXPECT_EQ (EditFrom (E, PathC, "New folder", "x"), TREE_REFUSE_EDIT);
+  EXPECT_TRUE (Boxes ().empty ());
+  // A shorter parent is attempted, but a full path of 512 characters does not
+  // fit the 512-byte buffer: refused like a failed creation, with a message
+  // showing what fits, and nothing made.
+  EXPECT_EQ (EditFrom (E, PathB + "\\" + C2, "New folder", "xy"), TREE_REFUSE_EDIT);
+  EXPECT_EQ (Boxes (), OneMessageBox ("Cannot create folder", PathB + "\\" + C2 + "\\x"));
+  EXPECT_FALSE (fs::exists (VolumePath (Vol) / A / B / C2 / "x"));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // File-type icons, the extension table and the viewer a file opens in.
 
 #include "filemanager/file_types.h"
-#include "filemanager/main_window_fixture.h"
+#include "support/main_window_fixture.h"
 
 namespace {
 
@@ -53,7 +53,7 @@ TEST_F (MainWindowTest, OpenedFilesGoToTheirViewers) {
   MAIN_WINDOW *W = Open (V);
   size_t Windows = Base ().TopLevelWindows ().size ();
 
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "notes.txt")));
+  Activate (W, "notes.txt");
   ASSERT_EQ (Base ().TopLevelWindows ().size (), Windows + 1);
   WINDOW_HEADER *Hex = Base ().ActiveWindow ();
   EXPECT_NE (Hex, &W->Header);
@@ -61,7 +61,7 @@ TEST_F (MainWindowTest, OpenedFilesGoToTheirViewers) {
   EXPECT_EQ (Hex->Y, 50);
 
   // The image viewer refuses a GIF: no window, nothing else happens.
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "fake.gif")));
+  Activate (W, "fake.gif");
   EXPECT_EQ (Base ().TopLevelWindows ().size (), Windows + 1);
   EXPECT_EQ (Path (W), "\\");
 }

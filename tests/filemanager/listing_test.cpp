@@ -2,18 +2,14 @@
 // texts.
 
 #include <sys/stat.h>
-#include <filesystem>
+
+#include <algorithm>
 
 #include "filemanager/file_types.h"
-#include "filemanager/listing.h"
-#include "filemanager/main_window_fixture.h"
-#include "fileops/file_ops.h"
 #include "support/folder_override.h"
-#include "util/string_utils.h"
+#include "support/main_window_fixture.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 TEST_F (MainWindowTest, CellsShowGroupedSizesTypesAndDates) {
   int V = MakeVolume ("a");
@@ -25,20 +21,19 @@ TEST_F (MainWindowTest, CellsShowGroupedSizesTypesAndDates) {
   WriteFile (V, "noext", "a");
   MAIN_WINDOW *W = Open (V);
   ASSERT_NE (W, nullptr);
-  EXPECT_EQ (Cell (W, 1, Row (W, "n999.bin")), "999");
-  EXPECT_EQ (Cell (W, 1, Row (W, "n1000.bin")), "1,000");
-  EXPECT_EQ (Cell (W, 1, Row (W, "n1234567.bin")), "1,234,567");
-  EXPECT_EQ (Cell (W, 1, Row (W, "zero.txt")), "0");
+  const std::pair<const char *, const char *> Sizes[] = {
+      {"n999.bin", "999"}, {"n1000.bin", "1,000"}, {"n1234567.bin", "1,234,567"}, {"zero.txt", "0"}};
+  for (const auto &[Name, Size] : Sizes) EXPECT_EQ (Cell (W, 1, Row (W, Name)), Size) << Name;
   EXPECT_EQ (Cell (W, 2, Row (W, "folder")), Res (nullptr, "TypeDirectory"));
   EXPECT_EQ (Cell (W, 2, Row (W, "zero.txt")), " ");
 
   // Icons: directory, by extension, unknown without one.
-  LIST_ITEM *Folder = Cd ()->GetItem (W->List, Row (W, "folder"));
-  EXPECT_EQ (Folder->Icon, gFileIcons.Directory);
-  EXPECT_EQ (Folder->IsDirectory, 1);
-  EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, "zero.txt"))->Icon, gFileIcons.Text);
-  EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, "noext"))->Icon, gFileIcons.Unknown);
-  EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, "n1000.bin"))->Size, 1000u);
+  auto Item = [&] (const char *Name) { return Cd ()->GetItem (W->List, Row (W, Name)); };
+  EXPECT_EQ (Item ("folder")->Icon, gFileIcons.Directory);
+  EXPECT_EQ (Item ("folder")->IsDirectory, 1);
+  EXPECT_EQ (Item ("zero.txt")->Icon, gFileIcons.Text);
+  EXPECT_EQ (Item ("noext")->Icon, gFileIcons.Unknown);
+  EXPECT_EQ (Item ("n1000.bin")->Size, 1000u);
 
   // The date column: the file driver's fields in the year.month.day form.
   FILE_DRIVER_PROTOCOL *Files = Env ().files ().Table ();
@@ -52,7 +47,7 @@ TEST_F (MainWindowTest, CellsShowGroupedSizesTypesAndDates) {
     EXPECT_EQ (Cell (W, 3, Row (W, Name)), Format ("%04d.%02d.%02d %02d:%02d:%02d", E.Year, E.Month, E.Day, E.Hour,
                                                     E.Minute, E.Second))
         << Name;
-    EXPECT_EQ (Cd ()->GetItem (W->List, Row (W, Name))->EntryWord, E.EntryWord);
+    EXPECT_EQ (Item (Name.c_str ())->EntryWord, E.EntryWord);
   }
   Fw ().FreePool (Entries);
   Files->CloseHandle (Handle);
@@ -63,11 +58,10 @@ TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
   for (int I = 0; I < 8; I++) MakeDir (V, "a/d" + std::to_string (I));
   WriteFile (V, "a/d3/f.txt", "x");
   MAIN_WINDOW *W = Open (V);
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "a")));
+  Activate (W, "a");
   EXPECT_EQ (Path (W), "\\a");
   EXPECT_EQ (W->Depth, 1);
-  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
-  EXPECT_TRUE (FileItem (W, "gouplayer").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
   EXPECT_EQ (Status (W), "\\a\\");
 
   Controls ().SelectRows (W->List, {5});
@@ -78,9 +72,9 @@ TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
   EXPECT_EQ (W->List->CurrentRow, 0);
 
   // ".." goes up and selects row 5 again; "." does nothing.
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, ".")));
+  Activate (W, ".");
   EXPECT_EQ (Path (W), "\\a\\d3");
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
+  Activate (W, "..");
   EXPECT_EQ (Path (W), "\\a");
   EXPECT_EQ (W->List->CurrentRow, 5);
 
@@ -89,63 +83,41 @@ TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
   Up->Command (Up, &W->Header);
   EXPECT_EQ (Path (W), "\\");
   EXPECT_EQ (W->Depth, 0);
-  EXPECT_FALSE (Enabled (Up));
-  EXPECT_FALSE (FileItem (W, "gouplayer").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:11 newdir:1");
   unsigned Redraws = Base ().RedrawCount (W->List);
   EXPECT_FALSE (GoUp (W));
   Up->Command (Up, &W->Header);
   EXPECT_EQ (Base ().RedrawCount (W->List), Redraws);
 }
 
-TEST_F (MainWindowTest, GoUpCutsOneComponentAndDepthIsRecounted) {
-  MAIN_WINDOW *W = Open (MakeVolume ("a"));
-  auto Up = [&] (const char *From) {
-    CopyString (W->CurrentPath, A8 (From));
-    GoUp (W);
-    return Path (W);
-  };
-  EXPECT_EQ (Up ("\\a\\b"), "\\a");
-  EXPECT_EQ (Up ("\\a\\b\\"), "\\a");
-  EXPECT_EQ (Up ("\\a"), "\\");
-  EXPECT_EQ (Up ("\\abc"), "\\");
-
-  auto Depth = [&] (const std::string &Of) {
-    CopyString (W->CurrentPath, A8 (Of.c_str ()));
-    W->RowStack[10] = 7;
-    RecountDepth (W);
-    EXPECT_EQ (W->RowStack[10], 0);
-    return W->Depth;
-  };
-  EXPECT_EQ (Depth ("\\"), 0);
-  EXPECT_EQ (Depth ("\\a"), 1);
-  EXPECT_EQ (Depth ("\\a\\b"), 2);
-  std::string Deep;
-  for (int I = 0; I < 70; I++) Deep += "\\x";
-  EXPECT_EQ (Depth (Deep), 63);
-}
-
 TEST_F (MainWindowTest, SixtyFourLevelsDownAndBack) {
   int V = MakeVolume ("deep");
-  std::string Rel;
-  for (int I = 0; I < 64; I++) Rel += (I ? "/" : "") + std::string ("d");
+  std::string Rel = "d", Deep = "\\d";   // 70 levels
+  for (int I = 1; I < 70; I++) Rel += "/d", Deep += "\\d";
   MakeDir (V, Rel);
   MAIN_WINDOW *W = Open (V);
   size_t Before = Fw ().LiveAllocations ();
   for (int I = 0; I < 64; I++) {
-    Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "d"))});
-    Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "d")));
+    Controls ().SelectRows (W->List, {Row (W, "d")});
+    Activate (W, "d");
   }
   EXPECT_EQ (Path (W).size (), 128u);
   EXPECT_EQ (W->Depth, 63);
   // Below level 63 a descent no longer resets the remembered row.
   EXPECT_EQ (W->RowStack[63], 2);
-  for (int I = 0; I < 64; I++) Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
+  for (int I = 0; I < 64; I++) Activate (W, "..");
   EXPECT_EQ (Path (W), "\\");
   EXPECT_EQ (W->Depth, 0);
   EXPECT_EQ (Names (W), std::vector<std::string> ({"d"}));
   EXPECT_NE (W->DirHandle, 0);
   EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
   EXPECT_EQ (Fw ().LiveAllocations (), Before);
+
+  // Switched to the deepest path, the window counts its depth afresh (63 at
+  // most) and forgets every remembered row.
+  Open (V, Deep);
+  EXPECT_EQ (W->Depth, 63);
+  EXPECT_EQ (std::count (std::begin (W->RowStack), std::end (W->RowStack), 0), 64);
 }
 
 TEST_F (MainWindowTest, TooLongPathIsRefusedAndWindowStaysUsable) {
@@ -156,20 +128,18 @@ TEST_F (MainWindowTest, TooLongPathIsRefusedAndWindowStaysUsable) {
   MakeDir (V, Rel);
   MAIN_WINDOW *W = Open (V);
   Base ().ClearMessageBoxes ();
-  for (int I = 0; I < 5; I++) Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, Name)));
+  for (int I = 0; I < 5; I++) Activate (W, Name);
   EXPECT_EQ (Path (W).size (), 505u);
   EXPECT_EQ (W->Depth, 5);
-  EXPECT_TRUE (Base ().MessageBoxes ().empty ());
+  EXPECT_TRUE (Boxes ().empty ());
 
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, Name)));
+  Activate (W, Name);
   EXPECT_EQ (Path (W).size (), 505u);
   EXPECT_EQ (W->Depth, 5);
-  ASSERT_EQ (Base ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Base ().MessageBoxes ()[0].Text, Res (nullptr, "fail_path_too_long"));
-  EXPECT_EQ (Base ().MessageBoxes ()[0].Caption, Name);
+  EXPECT_EQ (Boxes (), OneMessageBox (Name, Res (nullptr, "fail_path_too_long")));
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", Name}));
 
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
+  Activate (W, "..");
   EXPECT_EQ (Path (W).size (), 404u);
   EXPECT_EQ (W->Depth, 4);
 }
@@ -182,21 +152,17 @@ TEST_F (MainWindowTest, StatusTextsFollowSelection) {
   ASSERT_EQ (W->List->RowCount, 5);
   CONTROL *Field = reinterpret_cast<MENU_HEADER *> (W->MenuBar)->PathField;
 
-  Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "two.txt"))});
+  Controls ().SelectRows (W->List, {Row (W, "two.txt")});
   EXPECT_EQ (Status (W), "\\sub\\two.txt");
   EXPECT_EQ (Base ().WindowText (Field), "\\sub\\two.txt");
-  EXPECT_TRUE (Enabled (Button (W, CopyCommand)));
-  EXPECT_TRUE (Enabled (Button (W, DeleteCommand)));
-  EXPECT_TRUE (FileItem (W, "delete").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
 
   Controls ().SelectRows (W->List, {2, 3, 4});
   EXPECT_EQ (Status (W), Format (Res (nullptr, "files_selected"), 3));
 
   Controls ().SelectRows (W->List, {});
   EXPECT_EQ (Status (W), Format (Res (nullptr, "files_total"), 5));
-  EXPECT_FALSE (Enabled (Button (W, CopyCommand)));
-  EXPECT_FALSE (Enabled (Button (W, DeleteCommand)));
-  EXPECT_FALSE (FileItem (W, "copy file").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:00 paste file:00 delete:00 newdir:1");
 }
 
 TEST_F (MainWindowTest, PathStatusStopsAt250Characters) {
@@ -232,7 +198,7 @@ TEST_F (MainWindowTest, StatusSaysWhatTheListingLeftOutAndWhy) {
   EXPECT_EQ (Status (W, 1), Part ("left_long_names", 1) + ", " + Part ("left_backslash_names", 1) + ", " +
                                 Part ("left_unreadable", 1));
 
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "clean")));
+  Activate (W, "clean");
   EXPECT_EQ (Status (W, 1), "");
 
   // 70000 entries: the listing holds 65535 records, the list 65534 rows.
@@ -240,8 +206,8 @@ TEST_F (MainWindowTest, StatusSaysWhatTheListingLeftOutAndWhy) {
   Notes.Listed = 65535;
   Notes.OverLimit = 70000 - 65535;
   FolderOverride Big (Env ().files ().Table (), "\\clean", Notes, 65535);
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "..")));
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (Row (W, "clean")));
+  Activate (W, "..");
+  Activate (W, "clean");
   EXPECT_EQ (W->List->RowCount, 65534);
   EXPECT_EQ (Status (W, 1), Part ("left_over_limit", 70000 - 65534));
 }
@@ -255,16 +221,13 @@ TEST_F (MainWindowTest, UnreadableFolderIsReportedAndTheWindowStaysWhereItWas) {
   MAIN_WINDOW *W = Open (V, "\\a");
   FolderOverride Locked (Env ().files ().Table (), "\\a\\locked", UnreadableFolderNotes ());
   Base ().ClearMessageBoxes ();
-  int LockedRow = Row (W, "locked");
-  Controls ().ActivateRow (W->List, static_cast<uint16_t> (LockedRow));
-  ASSERT_EQ (Base ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Base ().MessageBoxes ()[0].Text, Res (nullptr, "fail_read_folder"));
-  EXPECT_EQ (Base ().MessageBoxes ()[0].Caption, "\\a\\locked");
+  Activate (W, "locked");
+  EXPECT_EQ (Boxes (), OneMessageBox ("\\a\\locked", Res (nullptr, "fail_read_folder")));
   EXPECT_EQ (Path (W), "\\a");
   EXPECT_EQ (W->Depth, 1);
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "locked", "open"}));
-  EXPECT_EQ (W->List->CurrentRow, LockedRow);
-  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
+  EXPECT_EQ (W->List->CurrentRow, Row (W, "locked"));
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
 }
 
 }  // namespace

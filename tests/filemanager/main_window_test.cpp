@@ -1,14 +1,11 @@
 // Opening, placing and closing main windows.
 
-#include "filemanager/main_window_fixture.h"
-#include "filemanager/listing.h"
-#include "fileops/file_ops.h"
+#include "support/main_window_fixture.h"
 
 namespace {
 
 TEST_F (MainWindowTest, OneWindowPerVolumeAndPathSwitch) {
   int V = MakeVolume ("vol", 0, 0, 1, "DATA");
-  MakeDir (V, "sub");
   WriteFile (V, "sub/inner.txt", "x");
   MAIN_WINDOW *W = Open (V);
   ASSERT_NE (W, nullptr);
@@ -18,12 +15,7 @@ TEST_F (MainWindowTest, OneWindowPerVolumeAndPathSwitch) {
   EXPECT_EQ (Path (W), "\\");
   EXPECT_EQ (Names (W), std::vector<std::string> ({"sub"}));
   // At the root with an empty clipboard: go up and paste are off, the rest on.
-  EXPECT_FALSE (Enabled (Button (W, GoUpCommand)));
-  EXPECT_FALSE (FileItem (W, "gouplayer").Enabled);
-  EXPECT_FALSE (Enabled (Button (W, PasteCommand)));
-  EXPECT_FALSE (FileItem (W, "paste file").Enabled);
-  EXPECT_TRUE (FileItem (W, "newdir").Enabled);
-  EXPECT_TRUE (Enabled (Button (W, DeleteCommand)));
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:11 newdir:1");
 
   EXPECT_EQ (Open (V), W);   // without a path nothing changes
   EXPECT_EQ (Path (W), "\\");
@@ -32,25 +24,33 @@ TEST_F (MainWindowTest, OneWindowPerVolumeAndPathSwitch) {
   EXPECT_EQ (W->Depth, 1);
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "inner.txt"}));
   EXPECT_EQ (Base ().WindowText (reinterpret_cast<MENU_HEADER *> (W->MenuBar)->PathField), "\\sub\\");
-  EXPECT_TRUE (Enabled (Button (W, GoUpCommand)));
-  EXPECT_TRUE (FileItem (W, "gouplayer").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
 
   // A new window on an unreachable initial path falls back to the root.
-  int V2 = MakeVolume ("other");
-  MAIN_WINDOW *W2 = Open (V2, "\\missing");
+  MAIN_WINDOW *W2 = Open (MakeVolume ("other"), "\\missing");
   ASSERT_NE (W2, W);
   EXPECT_EQ (Path (W2), "\\");
 }
 
-TEST_F (MainWindowTest, CascadeFromFreshLoad) {
-  const int Expected[4][2] = {{100, 100}, {130, 130}, {50, 50}, {80, 80}};
-  for (int I = 0; I < 4; I++) {
-    MAIN_WINDOW *W = Open (MakeVolume ("v" + std::to_string (I)));
-    ASSERT_NE (W, nullptr);
-    EXPECT_EQ (W->Header.X, Expected[I][0]) << I;
-    EXPECT_EQ (W->Header.Y, Expected[I][1]) << I;
-    EXPECT_EQ (W->Header.Width, 400) << I;
-    EXPECT_EQ (W->Header.Height, 300) << I;
+TEST_F (MainWindowTest, FirstWindowOfALoadStartsFromTheRememberedRectangleThenCascades) {
+  struct Case {
+    std::string Stored;
+    std::vector<Rect> Windows;
+  } Cases[] = {
+      {"", {{100, 100, 400, 300}, {130, 130, 400, 300}, {50, 50, 400, 300}, {80, 80, 400, 300}}},
+      {"200,150,640,480", {{200, 150, 640, 480}, {50, 50, 640, 480}}},   // 230,180 reaches 150: back to 50,50
+      {"10,20,300,200", {{100, 100, 400, 300}}},                         // below the minimum: ignored
+  };
+  for (const Case &C : Cases) {
+    SCOPED_TRACE (C.Stored);
+    TearDown ();
+    SetUp ();
+    if (!C.Stored.empty ()) Settings ().Set ("Surveyor", "Position", C.Stored);
+    for (size_t I = 0; I < C.Windows.size (); I++) {
+      MAIN_WINDOW *W = Open (MakeVolume ("v" + std::to_string (I)));
+      ASSERT_NE (W, nullptr);
+      EXPECT_EQ (RectOf (&W->Header), C.Windows[I]) << "window " << I;
+    }
   }
 }
 
@@ -58,24 +58,18 @@ TEST_F (MainWindowTest, RequestedSizeLaysOutListThenDefaultSizeApplies) {
   UINT16 Lh = Gui ()->GetLineHeight ();
   MAIN_WINDOW *First = Open (MakeVolume ("a"));
   ASSERT_NE (First, nullptr);
-  UINT16 Top = First->MenuBar->Y + First->MenuBar->Height + 1;
-  EXPECT_EQ (First->List->Control.X, 2);
-  EXPECT_EQ (First->List->Control.Y, Top);
+  int Top = First->MenuBar->Y + First->MenuBar->Height + 1;
+  EXPECT_EQ (RectOf (&First->List->Control), (Rect {2, Top, 400 - 5, 300 - (Lh + 8) - Top}));
 
-  MAIN_WINDOW *Big = Open (MakeVolume ("b"), nullptr, 640, 480);
-  EXPECT_EQ (Big->List->Control.Width, 640 - 5);
-  EXPECT_EQ (Big->List->Control.Height, 480 - (Lh + 8) - Top);
-  EXPECT_EQ (Big->Header.Width, 400);
-  EXPECT_EQ (Big->Header.Height, 300);
+  MAIN_WINDOW *Big = Open (MakeVolume ("b"), "", 640, 480);
+  EXPECT_EQ (RectOf (&Big->List->Control), (Rect {2, Top, 640 - 5, 480 - (Lh + 8) - Top}));
+  EXPECT_EQ (RectOf (&Big->Header), (Rect {130, 130, 400, 300}));
 
   // Too narrow, too low, or off the screen: created at 500 x 375.
-  MAIN_WINDOW *Narrow = Open (MakeVolume ("c"), nullptr, 90, 300);
-  EXPECT_EQ (Narrow->List->Control.Width, 500 - 5);
-  EXPECT_EQ (Narrow->List->Control.Height, 375 - (Lh + 8) - Top);
-  MAIN_WINDOW *Low = Open (MakeVolume ("d"), nullptr, 400, 99);
-  EXPECT_EQ (Low->List->Control.Width, 500 - 5);
-  MAIN_WINDOW *Huge = Open (MakeVolume ("e"), nullptr, 1024, 300);
-  EXPECT_EQ (Huge->List->Control.Width, 500 - 5);
+  MAIN_WINDOW *Narrow = Open (MakeVolume ("c"), "", 90, 300);
+  EXPECT_EQ (RectOf (&Narrow->List->Control), (Rect {2, Top, 500 - 5, 375 - (Lh + 8) - Top}));
+  EXPECT_EQ (Open (MakeVolume ("d"), "", 400, 99)->List->Control.Width, 500 - 5);
+  EXPECT_EQ (Open (MakeVolume ("e"), "", 1024, 300)->List->Control.Width, 500 - 5);
 
   // The next resize lays the list out again.
   MESSAGE Resize{};
@@ -83,10 +77,8 @@ TEST_F (MainWindowTest, RequestedSizeLaysOutListThenDefaultSizeApplies) {
   Resize.Word2 = 600;
   Resize.Word4 = 450;
   Send (Big, Resize);
-  EXPECT_EQ (Big->Header.Width, 600);
-  EXPECT_EQ (Big->Header.Height, 450);
-  EXPECT_EQ (Big->List->Control.Width, 595);
-  EXPECT_EQ (Big->List->Control.Height, 450 - (Lh + 8) - Top);
+  EXPECT_EQ (RectOf (&Big->Header), (Rect {130, 130, 600, 450}));
+  EXPECT_EQ (RectOf (&Big->List->Control), (Rect {2, Top, 595, 450 - (Lh + 8) - Top}));
   EXPECT_EQ (Big->MenuBar->Width, 595);
   // Below 20 characters wide, or without room for six lines of list: refused.
   Resize.Word2 = 20 * Gui ()->GetCharWidth () - 1;
@@ -94,31 +86,7 @@ TEST_F (MainWindowTest, RequestedSizeLaysOutListThenDefaultSizeApplies) {
   Resize.Word2 = 600;
   Resize.Word4 = static_cast<UINT16> (Top - 1 + 6 * Lh - 1);
   Send (Big, Resize);
-  EXPECT_EQ (Big->Header.Width, 600);
-  EXPECT_EQ (Big->Header.Height, 450);
-}
-
-TEST_F (MainWindowTest, FirstWindowRestoresRememberedRectangle) {
-  Settings ().Set ("Surveyor", "Position", "200,150,640,480");
-  MAIN_WINDOW *W = Open (MakeVolume ("a"));
-  EXPECT_EQ (W->Header.X, 200);
-  EXPECT_EQ (W->Header.Y, 150);
-  EXPECT_EQ (W->Header.Width, 640);
-  EXPECT_EQ (W->Header.Height, 480);
-  // The next one cascades from there: 230,180 reaches 150 and restarts at 50,50.
-  MAIN_WINDOW *Second = Open (MakeVolume ("b"));
-  EXPECT_EQ (Second->Header.X, 50);
-  EXPECT_EQ (Second->Header.Y, 50);
-  EXPECT_EQ (Second->Header.Width, 640);
-}
-
-TEST_F (MainWindowTest, RememberedRectangleBelowMinimumIsIgnored) {
-  Settings ().Set ("Surveyor", "Position", "10,20,300,200");
-  MAIN_WINDOW *W = Open (MakeVolume ("a"));
-  EXPECT_EQ (W->Header.X, 100);
-  EXPECT_EQ (W->Header.Y, 100);
-  EXPECT_EQ (W->Header.Width, 400);
-  EXPECT_EQ (W->Header.Height, 300);
+  EXPECT_EQ (RectOf (&Big->Header), (Rect {130, 130, 600, 450}));
 }
 
 TEST_F (MainWindowTest, FileSystemLabelsInStatusField) {
@@ -144,25 +112,18 @@ TEST_F (MainWindowTest, WriteProtectedVolumeKeepsChangesDisabled) {
   WriteFile (ReadOnly, "f.txt", "x");
   MAIN_WINDOW *W = Open (ReadOnly);
   EXPECT_EQ (W->ReadOnly, 1);
-  EXPECT_FALSE (FileItem (W, "delete").Enabled);
-  EXPECT_FALSE (FileItem (W, "paste file").Enabled);
-  EXPECT_FALSE (FileItem (W, "newdir").Enabled);
-  EXPECT_TRUE (FileItem (W, "copy file").Enabled);
-  EXPECT_FALSE (Enabled (Button (W, PasteCommand)));
-  EXPECT_FALSE (Enabled (Button (W, DeleteCommand)));
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:00 newdir:0");
 
+  // Nor does the notice that the clipboard filled enable paste.
   MESSAGE Clip{};
   Clip.Type = MSG_CLIPBOARD;
   Clip.Code = 1;
   Send (W, Clip);
-  EXPECT_FALSE (Enabled (Button (W, PasteCommand)));
-  EXPECT_FALSE (FileItem (W, "paste file").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:00 newdir:0");
 
   // Selecting a row enables copy, but delete stays off.
   Controls ().SelectRows (W->List, {0});
-  EXPECT_TRUE (Enabled (Button (W, CopyCommand)));
-  EXPECT_FALSE (Enabled (Button (W, DeleteCommand)));
-  EXPECT_FALSE (FileItem (W, "delete").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:00 newdir:0");
 }
 
 TEST_F (MainWindowTest, ClosingLastWindowStoresItsRectangle) {
@@ -176,17 +137,16 @@ TEST_F (MainWindowTest, ClosingLastWindowStoresItsRectangle) {
   A->Header.Y = 45;
   A->Header.Width = 512;
   A->Header.Height = 384;
-  unsigned Flushes = Env ().files ().FlushCount (A->VolumeIndex);
   int VolumeA = A->VolumeIndex;
+  unsigned Flushes = Env ().files ().FlushCount (VolumeA);
   Close (A);
   ASSERT_TRUE (Settings ().Get ("Surveyor", "Position", Value));
   EXPECT_EQ (Value, "123,45,512,384");
   EXPECT_EQ (Env ().files ().FlushCount (VolumeA), Flushes + 1);
 
-  // The next window starts from that rectangle (cascade position included).
+  // The next window takes that size and cascades on from that place: 153,75 restarts at 50,50.
   MAIN_WINDOW *C = Open (MakeVolume ("c"));
-  EXPECT_EQ (C->Header.Width, 512);
-  EXPECT_EQ (C->Header.Height, 384);
+  EXPECT_EQ (RectOf (&C->Header), (Rect {50, 50, 512, 384}));
 
   // A maximised window stores the rectangle it will be restored to.
   C->Header.Flags |= WINDOW_FLAG_MAXIMIZED;
@@ -204,10 +164,7 @@ TEST_F (MainWindowTest, ExitAndAboutCommands) {
   Base ().ClearMessageBoxes ();
   env::PopupItemInfo About = Base ().PopupItems (W->HelpPopup)[0];
   About.Command (About.Item, About.Context);
-  ASSERT_EQ (Base ().MessageBoxes ().size (), 1u);
-  EXPECT_EQ (Base ().MessageBoxes ()[0].Style, 1);
-  EXPECT_EQ (Base ().MessageBoxes ()[0].Text, Res ("base", "strAboutString"));
-  EXPECT_EQ (Base ().MessageBoxes ()[0].Caption, Res ("base", "strAboutCap"));
+  EXPECT_EQ (Boxes (), OneMessageBox (Res ("base", "strAboutCap"), Res ("base", "strAboutString")));
 
   env::PopupItemInfo Exit = FileItem (W, "exit");
   Exit.Command (Exit.Item, Exit.Context);

@@ -4,21 +4,9 @@
 #include <filesystem>
 
 #include "env/jobio/jobio_driver.h"
-#include "filemanager/listing.h"
-#include "filemanager/main_window_fixture.h"
-#include "fileops/file_ops.h"
+#include "support/main_window_fixture.h"
 
 namespace {
-
-MESSAGE Key (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
-  MESSAGE M{};
-  M.Type = MSG_KEY;
-  M.Code = 1;
-  M.Word2 = Ch;
-  M.Word4 = Scan;
-  M.Dword8 = Shift;
-  return M;
-}
 
 MESSAGE Notify (UINT8 Code) {
   MESSAGE M{};
@@ -39,56 +27,55 @@ class MessagesTest : public MainWindowTest {
   }
   bool Clipboard () { return Env ().jobio ().Table ()->HasClipboard () != 0; }
   UINTN SendRecord (MESSAGE &M) { return Wb ()->SendMessage (&W->Header, &M); }
+  // Delivers a key (byte 1 set) and tells the answer, then byte 1, the
+  // character and the scan code the handler left in the record.
+  std::string Press (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
+    MESSAGE M{};
+    M.Type = MSG_KEY;
+    M.Code = 1;
+    M.Word2 = Ch;
+    M.Word4 = Scan;
+    M.Dword8 = Shift;
+    UINTN Answer = SendRecord (M);
+    std::string Character = M.Word2 > 32 && M.Word2 < 127 ? std::string (1, char (M.Word2)) : std::to_string (M.Word2);
+    return std::to_string (Answer) + " " + std::to_string (M.Code) + " " + Character + " " + std::to_string (M.Word4);
+  }
   int V = -1;
   MAIN_WINDOW *W = nullptr;
 };
 
 TEST_F (MessagesTest, KeysActOnlyWhileListHasFocus) {
-  Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "gone.txt"))});
+  auto Exists = [&] (const char *Name) { return std::filesystem::exists (VolumePath (V) / Name); };
+  Select (W, {"gone.txt"});
   W->Header.FocusControl = nullptr;
-  MESSAGE CtrlC = Key ('c', 0, KEY_STATE_LEFT_CONTROL);
-  EXPECT_EQ (SendRecord (CtrlC), 0u);
+  // Without the list's focus a key is neither acted on nor cleared.
+  EXPECT_EQ (Press ('c', 0, KEY_STATE_LEFT_CONTROL), "0 1 c 0");
   EXPECT_FALSE (Clipboard ());
-  EXPECT_EQ (CtrlC.Word2, 'c');   // not cleared
-  EXPECT_EQ (CtrlC.Code, 1);
-  MESSAGE Delete = Key (0, SCAN_CODE_DELETE, 0);
-  SendRecord (Delete);
-  EXPECT_TRUE (std::filesystem::exists (VolumePath (V) / "gone.txt"));
+  Press (0, SCAN_CODE_DELETE, 0);
+  EXPECT_TRUE (Exists ("gone.txt"));
 
+  // With it every key is cleared, also Ctrl+Delete and Ctrl+X, which do nothing.
   Wb ()->SetFocus (&W->Header, W->List, 1);
   ASSERT_EQ (W->Header.FocusControl, W->List);
-  MESSAGE CtrlDelete = Key (0, SCAN_CODE_DELETE, KEY_STATE_RIGHT_CONTROL);
-  EXPECT_EQ (SendRecord (CtrlDelete), 0u);
-  EXPECT_TRUE (std::filesystem::exists (VolumePath (V) / "gone.txt"));
-  EXPECT_EQ (CtrlDelete.Word4, 0);   // the list had it: cleared anyway
-  EXPECT_EQ (CtrlDelete.Code, 0);
-
-  MESSAGE CtrlX = Key ('x', 0, KEY_STATE_LEFT_CONTROL);
-  SendRecord (CtrlX);
+  EXPECT_EQ (Press (0, SCAN_CODE_DELETE, KEY_STATE_RIGHT_CONTROL), "0 0 0 0");
+  EXPECT_TRUE (Exists ("gone.txt"));
+  EXPECT_EQ (Press ('x', 0, KEY_STATE_LEFT_CONTROL), "0 0 0 0");
   EXPECT_FALSE (Clipboard ());
-  EXPECT_EQ (CtrlX.Word2, 0);
-
-  CtrlC = Key ('C', 0, KEY_STATE_RIGHT_CONTROL);
-  SendRecord (CtrlC);
+  EXPECT_EQ (Press ('C', 0, KEY_STATE_RIGHT_CONTROL), "0 0 0 0");
   EXPECT_TRUE (Clipboard ());
-  EXPECT_EQ (CtrlC.Word2, 0);
-
-  Delete = Key (0, SCAN_CODE_DELETE, 0);
-  SendRecord (Delete);
-  EXPECT_FALSE (std::filesystem::exists (VolumePath (V) / "gone.txt"));
-  EXPECT_TRUE (std::filesystem::exists (VolumePath (V) / "keep.txt"));
+  EXPECT_EQ (Press (0, SCAN_CODE_DELETE, 0), "0 0 0 0");
+  EXPECT_FALSE (Exists ("gone.txt"));
+  EXPECT_TRUE (Exists ("keep.txt"));
   EXPECT_EQ (Names (W), std::vector<std::string> ({"keep.txt"}));
 
   // Ctrl+V pastes the copied file into another folder.
   MakeDir (V, "dest");
-  Controls ().SelectRows (W->List, {static_cast<uint16_t> (Row (W, "keep.txt"))});
-  MESSAGE Copy = Key ('c', 0, KEY_STATE_LEFT_CONTROL);
-  SendRecord (Copy);
+  Select (W, {"keep.txt"});
+  Press ('c', 0, KEY_STATE_LEFT_CONTROL);
   Open (V, "\\dest");
   Wb ()->SetFocus (&W->Header, W->List, 1);
-  MESSAGE Paste = Key ('v', 0, KEY_STATE_LEFT_CONTROL);
-  SendRecord (Paste);
-  EXPECT_TRUE (std::filesystem::exists (VolumePath (V) / "dest" / "keep.txt"));
+  Press ('v', 0, KEY_STATE_LEFT_CONTROL);
+  EXPECT_TRUE (Exists ("dest/keep.txt"));
 }
 
 TEST_F (MessagesTest, NotificationsNeedTheListAndNotifyEnabled) {
@@ -122,7 +109,7 @@ TEST_F (MessagesTest, NotificationsNeedTheListAndNotifyEnabled) {
   MakeDir (V, "sub");
   Open (V, "\\");
   MESSAGE OpenRow = Notify (NOTIFY_OPEN_ROW);
-  OpenRow.Word6 = static_cast<UINT16> (Row (W, "sub"));
+  OpenRow.Word6 = Row (W, "sub");
   OpenRow.Word10 = static_cast<UINT16> (ListId + 1);
   SendRecord (OpenRow);
   EXPECT_EQ (Path (W), "\\");
@@ -151,18 +138,12 @@ TEST_F (MessagesTest, ClipboardStateTogglesPaste) {
 }
 
 TEST_F (MessagesTest, AcceptedMessagesAndVolumeNotice) {
-  MESSAGE M{};
-  M.Type = MSG_ACTIVATE;
-  EXPECT_EQ (SendRecord (M), 1u);
-  M.Type = MSG_SYSCOMMAND;
-  M.Word2 = 3;
-  EXPECT_EQ (SendRecord (M), 0u);
-  M.Type = 30;
-  EXPECT_EQ (SendRecord (M), 0u);
+  EXPECT_EQ (HandlerAnswers (&W->Header, {MessageOf (MSG_ACTIVATE), MessageOf (MSG_SYSCOMMAND, 3), MessageOf (30, 3)}),
+             "100");
 
   UINT16 Handle = W->DirHandle;
   ASSERT_NE (Handle, 0);
-  M = {};
+  MESSAGE M{};
   M.Type = MSG_VOLUME_NOTICE;
   M.Code = static_cast<UINT8> (V + 1);
   EXPECT_EQ (SendRecord (M), 0u);

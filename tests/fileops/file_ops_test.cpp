@@ -1,73 +1,33 @@
 // Copy, paste, delete, rename and new directory of the main window, run on
 // real temporary folders; every failure is checked on disk afterwards.
+#include <algorithm>
 #include <filesystem>
-#include <string>
-#include <vector>
 
-#include "core/strings.h"
-#include "env/controls/control_driver.h"
-#include "env/files/file_driver.h"
 #include "env/jobio/jobio_driver.h"
-#include "env/windows/window_base.h"
-#include "filemanager/listing.h"
-#include "filemanager/main_window.h"
-#include "fileops/file_ops.h"
-#include "support/driver_fixture.h"
-#include "util/string_utils.h"
+#include "support/main_window_fixture.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-std::string Res (const char *Key) {
-  return reinterpret_cast<const char *> (GetString (nullptr, reinterpret_cast<const CHAR8 *> (Key)));
-}
-
-class FileOpsTest : public DriverTest {
+class FileOpsTest : public MainWindowTest {
  protected:
-  MAIN_WINDOW *Open (int Volume, const std::string &Path = "") {
-    WINDOW_HEADER *W = Surveyor ()->OpenVolumeWindow (
-        0, 0, (UINT8)Volume, nullptr, Path.empty () ? nullptr : reinterpret_cast<const CHAR8 *> (Path.c_str ()));
-    return reinterpret_cast<MAIN_WINDOW *> (W);
-  }
-  env::WindowBase &Base () { return Env ().windows (); }
-  env::ControlDriver &Controls () { return Env ().controls (); }
-  std::vector<std::string> Names (MAIN_WINDOW *W) {
-    std::vector<std::string> Out;
-    for (uint16_t R = 0; R < W->List->RowCount; R++) Out.push_back (Controls ().CellText (W->List, 0, R));
-    return Out;
-  }
-  uint16_t Row (MAIN_WINDOW *W, const std::string &Name) {
-    for (uint16_t R = 0; R < W->List->RowCount; R++)
-      if (Controls ().CellText (W->List, 0, R) == Name) return R;
-    ADD_FAILURE () << "no row " << Name;
-    return 0;
-  }
-  void Select (MAIN_WINDOW *W, const std::vector<std::string> &Names) {
-    std::vector<uint16_t> Rows;
-    for (auto &N : Names) Rows.push_back (Row (W, N));
-    Controls ().SelectRows (W->List, Rows);
-  }
   bool Listed (MAIN_WINDOW *W, const std::string &Name) {
-    for (auto &N : Names (W))
-      if (N == Name) return true;
-    return false;
+    std::vector<std::string> All = Names (W);
+    return std::find (All.begin (), All.end (), Name) != All.end ();
   }
-  // Starts a rename of Name and ends it with Text.
+  // Starts a rename of Name, or a new directory, and ends the edit with Text.
   void Rename (MAIN_WINDOW *W, const std::string &Name, const std::string &Text, bool Apply = true) {
     Select (W, {Name});
-    RenameCommand (nullptr, &W->Header);
+    Edit (W, RenameCommand, Text, Apply);
+  }
+  void NewDir (MAIN_WINDOW *W, const std::string &Text, bool Apply = true) { Edit (W, NewDirCommand, Text, Apply); }
+  void Edit (MAIN_WINDOW *W, COMMAND_CALLBACK Command, const std::string &Text, bool Apply) {
+    Command (nullptr, &W->Header);
     ASSERT_TRUE (Controls ().Editing (W->List));
     Controls ().FinishEdit (W->List, Text, Apply);
     Base ().PumpMessages ();
   }
-  void NewDir (MAIN_WINDOW *W, const std::string &Text, bool Apply = true) {
-    NewDirCommand (nullptr, &W->Header);
-    ASSERT_TRUE (Controls ().Editing (W->List));
-    Controls ().FinishEdit (W->List, Text, Apply);
-    Base ().PumpMessages ();
-  }
-  const std::vector<env::MessageBoxRecord> &Boxes () { return Base ().MessageBoxes (); }
   unsigned Redraws (MAIN_WINDOW *W) { return Base ().RedrawCount (W->List); }
   std::string Host (int Volume, const std::string &Relative) { return ReadHostFile (VolumePath (Volume) / Relative); }
 };
@@ -94,9 +54,9 @@ TEST_F (FileOpsTest, CopyThenPasteCopiesTheSelectionAndReportsClashes) {
   EXPECT_TRUE (Env ().jobio ().Table ()->HasClipboard ());
 
   // Into \target: everything arrives, the list shows it.
-  Controls ().ActivateRow (W->List, Row (W, "target"));
+  Activate (W, "target");
   Base ().PumpMessages ();
-  ASSERT_EQ (std::string (reinterpret_cast<char *> (W->CurrentPath)), "\\target");
+  ASSERT_EQ (Path (W), "\\target");
   PasteCommand (nullptr, &W->Header);
   EXPECT_TRUE (Boxes ().empty ());
   EXPECT_EQ (Host (V, "target/a.txt"), "alpha");
@@ -109,10 +69,7 @@ TEST_F (FileOpsTest, CopyThenPasteCopiesTheSelectionAndReportsClashes) {
   WriteHostFile (VolumePath (V) / "target" / "a.txt", "edited");
   unsigned Before = Redraws (W);
   PasteCommand (nullptr, &W->Header);
-  ASSERT_EQ (Boxes ().size (), 1u);
-  EXPECT_EQ (Boxes ()[0].Style, 1);
-  EXPECT_EQ (Boxes ()[0].Text, Res ("FailCopyFile"));
-  EXPECT_EQ (Boxes ()[0].Caption, Res ("OperationNotDone"));
+  EXPECT_EQ (Boxes (), OneMessageBox (Res (nullptr, "OperationNotDone"), Res (nullptr, "FailCopyFile")));
   EXPECT_GT (Redraws (W), Before);
   EXPECT_EQ (Host (V, "target/a.txt"), "edited");
   EXPECT_EQ (Host (V, "a.txt"), "alpha");
@@ -147,9 +104,7 @@ TEST_F (FileOpsTest, DeleteRemovesTheSelectionAndReportsOnlyFailures) {
   ASSERT_NE (Locked, nullptr);
   Select (Locked, {"locked.txt"});
   DeleteCommand (nullptr, &Locked->Header);
-  ASSERT_EQ (Boxes ().size (), 1u);
-  EXPECT_EQ (Boxes ()[0].Text, Res ("FailDelFile"));
-  EXPECT_EQ (Boxes ()[0].Caption, Res ("OperationFail"));
+  EXPECT_EQ (Boxes (), OneMessageBox (Res (nullptr, "OperationFail"), Res (nullptr, "FailDelFile")));
   EXPECT_EQ (Host (R, "locked.txt"), "locked");
   EXPECT_EQ (Names (Locked), std::vector<std::string> ({"locked.txt"}));
 }
@@ -215,17 +170,14 @@ TEST_F (FileOpsTest, RenameChangesTheNameOrReportsWithTheOldName) {
   for (const std::string &Name : Refused) {
     Base ().ClearMessageBoxes ();
     Rename (W, "notes.md", Name);
-    ASSERT_EQ (Boxes ().size (), 1u) << Name;
-    EXPECT_EQ (Boxes ()[0].Text, Res ("fail_rename"));
-    EXPECT_EQ (Boxes ()[0].Caption, "notes.md");
+    EXPECT_EQ (Boxes (), OneMessageBox ("notes.md", Res (nullptr, "fail_rename"))) << Name;
     EXPECT_EQ (Host (V, "notes.md"), "readme");
     EXPECT_EQ (Host (V, "other.txt"), "other");
   }
   // A name longer than any file system takes (the list's edit field keeps
   // fewer characters, so it is handed over directly).
   std::string TooLong (300, 'n');
-  EXPECT_FALSE (RenameItem (W, reinterpret_cast<const CHAR8 *> ("notes.md"),
-                            reinterpret_cast<const CHAR8 *> (TooLong.c_str ())));
+  EXPECT_FALSE (RenameItem (W, A8 ("notes.md"), A8 (TooLong.c_str ())));
   EXPECT_EQ (Host (V, "notes.md"), "readme");
   EXPECT_EQ (std::distance (fs::directory_iterator (VolumePath (V)), fs::directory_iterator ()), 2);
 }
@@ -255,46 +207,39 @@ TEST_F (FileOpsTest, NewDirectoryIsCreatedInPlaceOrReportedWithTheTypedName) {
   EXPECT_TRUE (Boxes ().empty ());
 
   NewDir (W, "taken");
-  ASSERT_EQ (Boxes ().size (), 1u);
-  EXPECT_EQ (Boxes ()[0].Text, Res ("fail_create_dir"));
-  EXPECT_EQ (Boxes ()[0].Caption, "taken");
+  EXPECT_EQ (Boxes (), OneMessageBox ("taken", Res (nullptr, "fail_create_dir")));
   EXPECT_EQ (Host (V, "taken/file.txt"), "kept");
 }
 
 TEST_F (FileOpsTest, LongPathsAreRefusedWithoutEffect) {
   int V = MakeVolume ("vol", 0, 0, 1, "DATA");
   // Five components of 99 characters: a path of 500 characters.
-  std::string Host, Path;
+  std::string Host, Deep;
   for (int I = 0; I < 5; I++) {
     std::string Part (99, char ('a' + I));
     Host += (I ? "/" : "") + Part;
-    Path += "\\" + Part;
+    Deep += "\\" + Part;
   }
-  ASSERT_EQ (Path.size (), 500u);
-  MakeDir (V, Host);
   WriteFile (V, Host + "/f.txt", "f");
-  MAIN_WINDOW *W = Open (V, Path);
+  MAIN_WINDOW *W = Open (V, Deep);
   ASSERT_NE (W, nullptr);
-  ASSERT_EQ (std::string (reinterpret_cast<char *> (W->CurrentPath)), Path);
+  ASSERT_EQ (Path (W), Deep);
 
   // 500 + 10 reaches 510: refused before the file driver is asked.
-  EXPECT_FALSE (MakeDirectory (W, reinterpret_cast<const CHAR8 *> ("0123456789")));
+  EXPECT_FALSE (MakeDirectory (W, A8 ("0123456789")));
   EXPECT_FALSE (fs::exists (VolumePath (V) / Host / "0123456789"));
   NewDir (W, "0123456789");
-  ASSERT_EQ (Boxes ().size (), 1u);
-  EXPECT_EQ (Boxes ()[0].Text, Res ("fail_create_dir"));
-  EXPECT_EQ (Boxes ()[0].Caption, "0123456789");
+  EXPECT_EQ (Boxes (), OneMessageBox ("0123456789", Res (nullptr, "fail_create_dir")));
   EXPECT_FALSE (fs::exists (VolumePath (V) / Host / "0123456789"));
   // 500 + 9: attempted, and made.
-  EXPECT_TRUE (MakeDirectory (W, reinterpret_cast<const CHAR8 *> ("012345678")));
+  EXPECT_TRUE (MakeDirectory (W, A8 ("012345678")));
   EXPECT_TRUE (fs::is_directory (VolumePath (V) / Host / "012345678"));
-  EXPECT_FALSE (MakeDirectory (W, reinterpret_cast<const CHAR8 *> ("")));
+  EXPECT_FALSE (MakeDirectory (W, A8 ("")));
 
-  // A rename whose new full path would not fit 512 bytes is refused untouched.
-  EXPECT_FALSE (RenameItem (W, reinterpret_cast<const CHAR8 *> ("f.txt"),
-                            reinterpret_cast<const CHAR8 *> ("0123456789a.txt")));
+  // A rename whose new full path would not fit 512 bytes (500 + 1 + 11) is refused untouched.
+  EXPECT_FALSE (RenameItem (W, A8 ("f.txt"), A8 ("0123456.txt")));
   EXPECT_EQ (ReadHostFile (VolumePath (V) / Host / "f.txt"), "f");
-  EXPECT_TRUE (RenameItem (W, reinterpret_cast<const CHAR8 *> ("f.txt"), reinterpret_cast<const CHAR8 *> ("g.txt")));
+  EXPECT_TRUE (RenameItem (W, A8 ("f.txt"), A8 ("g.txt")));
   EXPECT_EQ (ReadHostFile (VolumePath (V) / Host / "g.txt"), "f");
 }
 

@@ -3,6 +3,7 @@
 #include "env/controls/control_driver.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
+#include "support/window_views.h"
 
 namespace {
 
@@ -41,66 +42,49 @@ TEST_F (HelpWindowTest, OnlyOneHelpWindowAtATime) {
   EXPECT_EQ (Env ().windows ().WindowText (Third), "") << "a null title gives an empty title";
 }
 
-TEST_F (HelpWindowTest, TextLengthRules) {
-  // Only Length bytes of the caller's text are shown.
-  WINDOW_HEADER *W = Show (0, "0123456789abcdefghij", 5, "t");
-  EXPECT_EQ (ViewText (W), "01234");
-  Close (W);
-
-  // A help file's length is the low 16 bits of its size.
+TEST_F (HelpWindowTest, TextComesFromTheCallerOrAFileOrTheFallback) {
   int Vol = MakeVolume ("help");
   std::string Big (70000, 'x');
   for (size_t I = 0; I < Big.size (); I++) Big[I] = (char) ('a' + I % 26);
   WriteFile (Vol, "big.txt", Big);
-  W = Show (Vol, "\\big.txt", 0, "Big");
-  ASSERT_NE (W, nullptr);
-  EXPECT_EQ (ViewText (W).size (), 4464u);
-  EXPECT_EQ (ViewText (W), Big.substr (0, 4464));
-  Close (W);
-
   WriteFile (Vol, "docs/short.hlp", "Press F1.");
-  W = Show (Vol, "\\docs\\short.hlp", 0, "Short");
-  EXPECT_EQ (ViewText (W), "Press F1.");
-  Close (W);
-
-  // An empty file is read fine: its text is empty.
   WriteFile (Vol, "empty.txt", "");
-  W = Show (Vol, "\\empty.txt", 0, "Empty");
-  EXPECT_EQ (ViewText (W), "");
-  Close (W);
-}
-
-TEST_F (HelpWindowTest, UnreadableFileShowsTheFallbackText) {
-  int Vol = MakeVolume ("help");
   // The resource's text (it fits the 32-byte buffer); the length counts the
   // terminator.
-  const std::string Expected ("No help is available.\0", 22);
-  for (const char *Path : {"\\missing.txt", "\\..\\..\\etc\\passwd", "\\"}) {
-    WINDOW_HEADER *W = Show (Vol, Path, 0, "Help");
-    ASSERT_NE (W, nullptr) << Path;
-    EXPECT_EQ (ViewText (W), Expected) << Path;
-    EXPECT_TRUE (Env ().windows ().MessageBoxes ().empty ());
+  const std::string Fallback ("No help is available.\0", 22);
+  struct Case {
+    int Volume;
+    const char *Source;
+    UINT16 Length;
+    std::string Text;
+  } Cases[] = {
+      {0, "0123456789abcdefghij", 5, "01234"},        // only Length bytes of the caller's text
+      {Vol, "\\big.txt", 0, Big.substr (0, 4464)},    // a file's length is the low 16 bits of its size
+      {Vol, "\\docs\\short.hlp", 0, "Press F1."},
+      {Vol, "\\empty.txt", 0, ""},
+      {Vol, "\\missing.txt", 0, Fallback},
+      {Vol, "\\..\\..\\etc\\passwd", 0, Fallback},
+      {Vol, "\\", 0, Fallback},
+      {23, "\\x.txt", 0, Fallback},                   // no such volume
+  };
+  for (const Case &C : Cases) {
+    WINDOW_HEADER *W = Show (C.Volume, C.Source, C.Length, "Help");
+    ASSERT_NE (W, nullptr) << C.Source;
+    EXPECT_EQ (ViewText (W), C.Text) << C.Source;
     Close (W);
   }
-  WINDOW_HEADER *W = Show (23, "\\x.txt", 0, "No volume");
-  EXPECT_EQ (ViewText (W), Expected);
+  EXPECT_TRUE (Env ().windows ().MessageBoxes ().empty ());
 }
 
 TEST_F (HelpWindowTest, LayoutIconAndFocus) {
   WINDOW_HEADER *W = Show (0, "text", 4, "Help");
   ASSERT_NE (W, nullptr);
-  EXPECT_EQ (W->X, 100);
-  EXPECT_EQ (W->Y, 100);
-  EXPECT_EQ (W->Width, 400);
-  EXPECT_EQ (W->Height, 300);
-  UINT16 Caption = Wb ()->CaptionHeight;
+  const int Caption = Wb ()->CaptionHeight;
+  EXPECT_EQ (RectOf (W), (Rect {100, 100, 400, 300}));
   CONTROL *V = View (W);
   ASSERT_NE (V, nullptr);
   EXPECT_EQ (V->Kind, CONTROL_KIND_TEXT_VIEW);
-  EXPECT_EQ (V->X, 3);
-  EXPECT_EQ (V->Y, Caption);
-  EXPECT_EQ (V->Width, 394);
-  EXPECT_EQ (V->Height, 300 - Caption - 3);
+  EXPECT_EQ (RectOf (V), (Rect {3, Caption, 394, 300 - Caption - 3}));
   EXPECT_EQ (W->FocusControl, V);
   EXPECT_TRUE (W->Flags & WINDOW_FLAG_HAS_ICON);
   // No main window or dialog has loaded the icon set yet: the help icon id is 0.
@@ -108,23 +92,14 @@ TEST_F (HelpWindowTest, LayoutIconAndFocus) {
 
   // Resizing to any size is accepted; the view follows.
   Env ().windows ().ResizeWindow (W, 50, 40);
-  EXPECT_EQ (W->Width, 50);
-  EXPECT_EQ (W->Height, 40);
-  EXPECT_EQ (V->Width, 44);
-  EXPECT_EQ (V->Height, 37 - Caption);
+  EXPECT_EQ (RectOf (W), (Rect {100, 100, 50, 40}));
+  EXPECT_EQ (RectOf (V), (Rect {3, Caption, 44, 37 - Caption}));
   Env ().windows ().ResizeWindow (W, 640, 480);
-  EXPECT_EQ (V->Width, 634);
-  EXPECT_EQ (V->Height, 477 - Caption);
+  EXPECT_EQ (RectOf (V), (Rect {3, Caption, 634, 477 - Caption}));
 
   // System commands 2 and 4 are accepted, others not; activation is accepted.
-  MESSAGE M {};
-  M.Type = MSG_SYSCOMMAND;
-  M.Word2 = 7;
-  EXPECT_EQ (W->Handler (W, &M), 0);
-  M.Type = MSG_ACTIVATE;
-  EXPECT_EQ (W->Handler (W, &M), 1);
-  M.Type = 30;
-  EXPECT_EQ (W->Handler (W, &M), 0);
+  EXPECT_EQ (HandlerAnswers (W, {MessageOf (MSG_SYSCOMMAND, 7), MessageOf (MSG_ACTIVATE, 7), MessageOf (30, 7)}),
+             "010");
   EXPECT_EQ (Env ().windows ().SendSysCommand (W, SYSCMD_CLOSE), 1u);
   Env ().windows ().PumpMessages ();
   EXPECT_FALSE (Env ().windows ().IsWindow (W));
@@ -143,10 +118,7 @@ class SmallScreenHelpTest : public HelpWindowTest {
 TEST_F (SmallScreenHelpTest, TooSmallForTheUsualPlaceUsesTheFixedOne) {
   WINDOW_HEADER *W = Show (0, "text", 4, "Help");
   ASSERT_NE (W, nullptr);
-  EXPECT_EQ (W->X, 10);
-  EXPECT_EQ (W->Y, 10);
-  EXPECT_EQ (W->Width, 500);
-  EXPECT_EQ (W->Height, 375);
+  EXPECT_EQ (RectOf (W), (Rect {10, 10, 500, 375}));
   EXPECT_EQ (View (W)->Width, 494);
 }
 

@@ -9,6 +9,7 @@
 #include "env/windows/window_base.h"
 #include "menu_header/menu_header.h"
 #include "support/driver_fixture.h"
+#include "support/window_views.h"
 
 namespace {
 
@@ -78,26 +79,20 @@ class MenuHeaderTest : public DriverTest {
 };
 
 TEST_F (MenuHeaderTest, RowsGiveHeightAndPathRowPlacement) {
-  UINT16 Lh = Gui ()->GetLineHeight ();
+  int Lh = Gui ()->GetLineHeight ();
   WINDOW_HEADER *Full = Surveyor ()->CreateMenuHeader (Owner, TRUE, TRUE);
   ASSERT_NE (Full, nullptr);
   EXPECT_EQ (Full->ObjectSize, 296u);
   EXPECT_EQ (Base ().WindowText (Full), "MENU_HDR");
   EXPECT_EQ (Full->Parent, Owner);
-  EXPECT_EQ (Full->X, 2);
-  EXPECT_EQ (Full->Y, Wb ()->CaptionHeight);
-  EXPECT_EQ (Full->Width, 495);
-  EXPECT_EQ (Full->Height, (Lh + 10) * 3 + 20);
+  EXPECT_EQ (RectOf (Full), (Rect {2, Wb ()->CaptionHeight, 495, (Lh + 10) * 3 + 20}));
   EXPECT_TRUE (Full->Flags & 0x80);
 
   // The framed field follows the "fullPathStr" label on the path row.
   CONTROL *Field = Header (Full)->PathField;
   ASSERT_NE (Field, nullptr);
-  UINT16 T = Gui ()->GetTextWidth (A8 (Res ("fullPathStr").c_str ()));
-  EXPECT_EQ (Field->X, T + 10);
-  EXPECT_EQ (Field->Y, 2 * Lh + 36);
-  EXPECT_EQ (Field->Height, Lh + 10);
-  EXPECT_EQ (Field->X + Field->Width, 495 - 2);
+  int T = Gui ()->GetTextWidth (A8 (Res ("fullPathStr").c_str ()));
+  EXPECT_EQ (RectOf (Field), (Rect {T + 10, 2 * Lh + 36, 495 - 2 - (T + 10), Lh + 10}));
   EXPECT_EQ (Base ().WindowText (Field), "\\");
 
   WINDOW_HEADER *MenuOnly = Surveyor ()->CreateMenuHeader (Owner, FALSE, FALSE);
@@ -115,8 +110,7 @@ TEST_F (MenuHeaderTest, RowsGiveHeightAndPathRowPlacement) {
   Resize.Type = MSG_RESIZE;
   Wb ()->SendMessage (Full, &Resize);
   EXPECT_EQ (Full->Width, 695);
-  EXPECT_EQ (Field->X, T + 10);
-  EXPECT_EQ (Field->X + Field->Width, 695 - 2);
+  EXPECT_EQ (RectOf (Field), (Rect {T + 10, 2 * Lh + 36, 695 - 2 - (T + 10), Lh + 10}));
 }
 
 TEST_F (MenuHeaderTest, RowsAndSeparatorsFollowTheOwnersFont) {

@@ -11,73 +11,53 @@ namespace {
 
 const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
 
-struct Rect {
+// A text parsed on a 1024 x 768 screen with a minimum size: the rectangle as
+// "x y width height", or "refused" (then nothing may have been written).
+std::string Parsed (const std::string &Text, UINT16 MinWidth = 400, UINT16 MinHeight = 300) {
   UINT16 X = 0xEEEE, Y = 0xEEEE, Width = 0xEEEE, Height = 0xEEEE;
-};
-
-// Parses on a 1024 x 768 screen with the minimum 400 x 300.
-bool Parse (const std::string &Text, Rect &Out, UINT16 MinWidth = 400, UINT16 MinHeight = 300) {
-  return ParseWindowPosition (A8 (Text.c_str ()), 1024, 768, MinWidth, MinHeight, &Out.X, &Out.Y, &Out.Width,
-                              &Out.Height);
-}
-bool Parses (const std::string &Text, UINT16 MinWidth = 400, UINT16 MinHeight = 300) {
-  Rect R;
-  return Parse (Text, R, MinWidth, MinHeight);
+  if (!ParseWindowPosition (A8 (Text.c_str ()), 1024, 768, MinWidth, MinHeight, &X, &Y, &Width, &Height))
+    return X == 0xEEEE && Y == 0xEEEE && Width == 0xEEEE && Height == 0xEEEE ? "refused" : "refused, but written";
+  return std::to_string (X) + " " + std::to_string (Y) + " " + std::to_string (Width) + " " + std::to_string (Height);
 }
 
-TEST (PositionParse, FieldsSpacesAndTerminators) {
-  Rect R;
-  ASSERT_TRUE (Parse ("100,100,400,300", R));
-  EXPECT_EQ (R.X, 100);
-  EXPECT_EQ (R.Y, 100);
-  EXPECT_EQ (R.Width, 400);
-  EXPECT_EQ (R.Height, 300);
-
-  ASSERT_TRUE (Parse (" 12 , 34,  500 ,  320  ", R));   // spaces around digits are skipped
-  EXPECT_EQ (R.X, 12);
-  EXPECT_EQ (R.Y, 34);
-  EXPECT_EQ (R.Width, 500);
-  EXPECT_EQ (R.Height, 320);
-  ASSERT_TRUE (Parse ("1,2,400,300xyz,,9", R));   // trailing text after field 4
-  EXPECT_EQ (R.Height, 300);
-  ASSERT_TRUE (Parse (",,400,300", R));           // empty fields count as 0
-  EXPECT_EQ (R.X, 0);
-  EXPECT_EQ (R.Y, 0);
-
-  Rect Untouched;
-  EXPECT_FALSE (Parse ("100,100,400", Untouched));   // field 3 must end on a comma
-  EXPECT_EQ (Untouched.X, 0xEEEE);                   // nothing written on failure
-  EXPECT_FALSE (Parses ("100;100,400,300"));
-  EXPECT_FALSE (Parses (""));
-  EXPECT_FALSE (Parses ("-1,100,400,300"));
-  // Spaces count towards a field's 8 characters.
-  EXPECT_FALSE (Parses ("      100,100,400,300"));
-  EXPECT_TRUE (Parses ("     100,100,400,300"));
-}
-
-TEST (PositionParse, DigitLimitsPerField) {
-  EXPECT_FALSE (Parses ("000000100,100,400,300"));   // nine digits: the ninth stands where the comma must be
-  EXPECT_TRUE (Parses ("00000100,100,400,300"));     // eight digits pass the parse
-  EXPECT_FALSE (Parses ("10000000,100,400,300"));    // ... and then fail the screen test
-  EXPECT_FALSE (Parses ("1,1,400,00000300"));        // field 4 with 8 digits fails
-  EXPECT_TRUE (Parses ("1,1,400,0000300"));          // with 7 it is parsed
-  EXPECT_TRUE (Parses ("1,1,400, 0000300"));         // a space and 7 digits fill the 8 characters
-  Rect R;
-  ASSERT_TRUE (Parse ("1,1,400,  0000300", R, 1, 1)); // only 8 characters are examined
-  EXPECT_EQ (R.Height, 30);
-}
-
-TEST (PositionParse, ScreenAndMinimumBounds) {
-  EXPECT_FALSE (Parses ("994,0,1,300", 1, 1));   // x = 1024 - 30
-  EXPECT_TRUE (Parses ("993,0,1,300", 1, 1));
-  EXPECT_FALSE (Parses ("0,738,400,1", 1, 1));   // y = 768 - 30
-  EXPECT_TRUE (Parses ("0,737,400,1", 1, 1));
-  EXPECT_TRUE (Parses ("0,0,1024,768"));         // exactly the screen
-  EXPECT_FALSE (Parses ("1,0,1024,768"));
-  EXPECT_FALSE (Parses ("0,1,1024,768"));
-  EXPECT_FALSE (Parses ("0,0,399,300"));         // below the minimum
-  EXPECT_FALSE (Parses ("0,0,400,299"));
-  EXPECT_TRUE (Parses ("0,0,399,299", 399, 299));
+TEST (PositionParse, FieldsDigitsScreenAndMinimum) {
+  struct Case {
+    std::string Text;
+    UINT16 MinWidth, MinHeight;
+    std::string Parsed;
+  } Cases[] = {
+      {"100,100,400,300", 400, 300, "100 100 400 300"},
+      {" 12 , 34,  500 ,  320  ", 400, 300, "12 34 500 320"},   // spaces around digits are skipped
+      {"1,2,400,300xyz,,9", 400, 300, "1 2 400 300"},           // trailing text after field 4
+      {",,400,300", 400, 300, "0 0 400 300"},                   // empty fields count as 0
+      {"100,100,400", 400, 300, "refused"},                     // field 3 must end on a comma
+      {"100;100,400,300", 400, 300, "refused"},
+      {"", 400, 300, "refused"},
+      {"-1,100,400,300", 400, 300, "refused"},
+      // Spaces count towards a field's 8 characters.
+      {"      100,100,400,300", 400, 300, "refused"},
+      {"     100,100,400,300", 400, 300, "100 100 400 300"},
+      {"000000100,100,400,300", 400, 300, "refused"},   // nine digits: the ninth stands where the comma must be
+      {"00000100,100,400,300", 400, 300, "100 100 400 300"},
+      {"10000000,100,400,300", 400, 300, "refused"},    // eight digits pass the parse, then fail the screen test
+      {"1,1,400,00000300", 400, 300, "refused"},        // field 4 with 8 digits fails
+      {"1,1,400,0000300", 400, 300, "1 1 400 300"},     // with 7 it is parsed
+      {"1,1,400, 0000300", 400, 300, "1 1 400 300"},    // a space and 7 digits fill the 8 characters
+      {"1,1,400,  0000300", 1, 1, "1 1 400 30"},        // only 8 characters are examined
+      // The screen: the window must start 30 pixels inside and fit.
+      {"994,0,1,300", 1, 1, "refused"},
+      {"993,0,1,300", 1, 1, "993 0 1 300"},
+      {"0,738,400,1", 1, 1, "refused"},
+      {"0,737,400,1", 1, 1, "0 737 400 1"},
+      {"0,0,1024,768", 400, 300, "0 0 1024 768"},
+      {"1,0,1024,768", 400, 300, "refused"},
+      {"0,1,1024,768", 400, 300, "refused"},
+      // The minimum size.
+      {"0,0,399,300", 400, 300, "refused"},
+      {"0,0,400,299", 400, 300, "refused"},
+      {"0,0,399,299", 399, 299, "0 0 399 299"},
+  };
+  for (const Case &C : Cases) EXPECT_EQ (Parsed (C.Text, C.MinWidth, C.MinHeight), C.Parsed) << '"' << C.Text << '"';
 }
 
 class PositionStoreTest : public DriverTest {

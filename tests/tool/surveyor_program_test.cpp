@@ -403,10 +403,6 @@ TEST_F (ProgramTest, SampleVolumeIsMountedWhenNoFolderIsGiven) {
   EXPECT_EQ (R.Status, 0) << R.Output;
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F (ProgramTest, BrowseShowsTheDesktopUnderXvfb) {
   if (std::system ("command -v xvfb-run > /dev/null 2>&1") != 0) GTEST_SKIP () << "xvfb-run is not installed";
   Make ("vol/readme.txt", "hello");

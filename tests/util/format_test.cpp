@@ -49,6 +49,7 @@ TEST (Formatter, WidthPaddingAndFlags) {
   EXPECT_EQ (Format ("[%5d]", 42), "[   42]");
   EXPECT_EQ (Format ("[%-5d]", 42), "[42   ]");
   EXPECT_EQ (Format ("[%05d]", -42), "[-0042]");
+  EXPECT_EQ (Format ("[%-05d]", 42), "[42   ]");   // left-justified: no zeros
   EXPECT_EQ (Format ("[%+d]", 42), "[+42]");
   EXPECT_EQ (Format ("[%,d]", 1234567), "[1,234,567]");
   EXPECT_EQ (Format ("[%2d]", 12345), "[12345]");  // width never cuts

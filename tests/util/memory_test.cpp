@@ -1,5 +1,6 @@
 // CompareMem reads a word at a time: its answer must be the one of a plain
 // byte loop whatever the alignment, the length and the place of a difference.
+// CopyMem moves overlapping ranges whole, in either direction.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -43,6 +44,14 @@ TEST (CompareMem, AgreesWithAByteLoopAtEveryOffsetLengthAndDifference) {
       }
     }
   }
+}
+
+TEST (CopyMem, MovesOverlappingRangesWhole) {
+  UINT8 Up[] = "abcdefgh", Down[] = "abcdefgh";
+  CopyMem (Up + 2, Up, 5);
+  CopyMem (Down, Down + 2, 5);
+  EXPECT_STREQ (reinterpret_cast<char *> (Up), "ababcdeh");
+  EXPECT_STREQ (reinterpret_cast<char *> (Down), "cdefgfgh");
 }
 
 }  // namespace

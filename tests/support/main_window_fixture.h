@@ -1,6 +1,9 @@
-// Shared helpers of the main-window tests.
+// Test support: a fixture for main windows (the file manager of a volume) and
+// the helpers their tests share: rows by name, toolbar and File menu states,
+// resource texts and message boxes.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -9,17 +12,20 @@
 #include "env/files/file_driver.h"
 #include "env/settings/settings_service.h"
 #include "env/windows/window_base.h"
+#include "filemanager/listing.h"
 #include "filemanager/main_window.h"
+#include "fileops/file_ops.h"
 #include "menu_header/menu_header.h"
 #include "support/driver_fixture.h"
+#include "support/window_views.h"
 
 inline const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
 
 class MainWindowTest : public DriverTest {
  protected:
-  MAIN_WINDOW *Open (int Volume, const char *Path = nullptr, UINT16 Width = 0, UINT16 Height = 0) {
+  MAIN_WINDOW *Open (int Volume, const std::string &Path = "", UINT16 Width = 0, UINT16 Height = 0) {
     WINDOW_HEADER *W = Surveyor ()->OpenVolumeWindow (Width, Height, static_cast<UINT8> (Volume), nullptr,
-                                                      Path ? A8 (Path) : nullptr);
+                                                      Path.empty () ? nullptr : A8 (Path.c_str ()));
     return reinterpret_cast<MAIN_WINDOW *> (W);
   }
   env::WindowBase &Base () { return Env ().windows (); }
@@ -41,6 +47,7 @@ class MainWindowTest : public DriverTest {
     snprintf (Buffer, sizeof (Buffer), Fmt.c_str (), Values...);
     return Buffer;
   }
+  std::vector<std::string> Boxes () { return ShownMessageBoxes (Base ()); }
 
   std::string Status (MAIN_WINDOW *W, uint8_t Field = 0) { return Base ().StatusText (&W->Header, Field); }
   std::string Cell (MAIN_WINDOW *W, uint8_t Column, uint16_t Row) { return Controls ().CellText (W->List, Column, Row); }
@@ -49,12 +56,18 @@ class MainWindowTest : public DriverTest {
     for (uint16_t R = 0; R < W->List->RowCount; R++) Out.push_back (Cell (W, 0, R));
     return Out;
   }
-  int Row (MAIN_WINDOW *W, const std::string &Name) {
+  uint16_t Row (MAIN_WINDOW *W, const std::string &Name) {
     for (uint16_t R = 0; R < W->List->RowCount; R++)
       if (Cell (W, 0, R) == Name) return R;
     ADD_FAILURE () << "no row " << Name;
     return 0;
   }
+  void Select (MAIN_WINDOW *W, const std::vector<std::string> &Names) {
+    std::vector<uint16_t> Rows;
+    for (const std::string &N : Names) Rows.push_back (Row (W, N));
+    Controls ().SelectRows (W->List, Rows);
+  }
+  void Activate (MAIN_WINDOW *W, const std::string &Name) { Controls ().ActivateRow (W->List, Row (W, Name)); }
   std::string Path (MAIN_WINDOW *W) { return reinterpret_cast<const char *> (W->CurrentPath); }
 
   // File popup entry by its resource key, and the toolbar button with a command.
@@ -74,10 +87,24 @@ class MainWindowTest : public DriverTest {
     return nullptr;
   }
   bool Enabled (MENU_ITEM *Item) { return Item != nullptr && (Item->Control.Flags & 0x01) != 0; }
+  // Whether the commands are enabled, as "name:" with the digit of the toolbar
+  // button, then of the File menu item: go up, copy, paste, delete, and new
+  // folder (a File menu item only).
+  std::string CommandStates (MAIN_WINDOW *W) {
+    auto Digit = [] (bool On) { return On ? '1' : '0'; };
+    std::string Out;
+    const std::pair<COMMAND_CALLBACK, const char *> Commands[] = {
+        {GoUpCommand, "gouplayer"}, {CopyCommand, "copy file"}, {PasteCommand, "paste file"},
+        {DeleteCommand, "delete"}};
+    for (const auto &[Command, Key] : Commands)
+      Out += std::string (Key) + ":" + Digit (Enabled (Button (W, Command))) + Digit (FileItem (W, Key).Enabled) + " ";
+    return Out + "newdir:" + Digit (FileItem (W, "newdir").Enabled);
+  }
 
   UINTN Send (MAIN_WINDOW *W, MESSAGE Message) { return Wb ()->SendMessage (&W->Header, &Message); }
-  void Close (MAIN_WINDOW *W) {
-    Base ().SendSysCommand (&W->Header, SYSCMD_CLOSE);
+  void Close (WINDOW_HEADER *W) {
+    Base ().SendSysCommand (W, SYSCMD_CLOSE);
     Base ().PumpMessages ();
   }
+  void Close (MAIN_WINDOW *W) { Close (&W->Header); }
 };
