@@ -8,10 +8,11 @@
 //                 without terminator, any sizes, dates and flags)
 // Every folder down to two levels lists the records of its volume; deeper
 // folders cannot be opened, so the walk ends. File contents are the input's
-// bytes repeated.
+// bytes repeated, up to 32 MiB of reads per input.
 #include <stddef.h>
 #include <stdint.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <string>
@@ -30,6 +31,7 @@
 namespace {
 
 constexpr size_t kHeader = 26;
+constexpr uint64_t kReadBudget = 32u << 20;
 
 struct OpenFake {
   int Side;                     // 0 source, 1 backup
@@ -43,6 +45,7 @@ struct Input {
   std::vector<uint8_t> Bytes;
   std::map<UINT16, OpenFake> Handles;
   UINT16 NextHandle = 1;
+  uint64_t BytesRead = 0;
   UINT8 Volumes[2];
 } gInput;
 
@@ -122,8 +125,22 @@ BOOLEAN EFIAPI GetFileInfo (UINT16 Handle, FILE_INFO *Info) {
 UINT32 EFIAPI ReadAt (UINT16 Handle, UINT64 Offset, VOID *Buffer, UINT32 Length) {
   OpenFake *Open = Find (Handle);
   if (Open == nullptr) return gReal.ReadAt (Handle, Offset, Buffer, Length);
+  // A volume that fails once an input has read 32 MiB: files of any size
+  // reach the read-error path instead of keeping an input for seconds.
+  if (gInput.BytesRead > kReadBudget) return 0;
+  gInput.BytesRead += Length;
+  // The input repeated from Offset on: one pass of the input, then copies of
+  // what is already filled, so a walk through a file of terabytes stays fast.
   auto *Out = static_cast<uint8_t *> (Buffer);
-  for (UINT32 I = 0; I < Length; I++) Out[I] = gInput.Bytes[(Offset + I) % gInput.Bytes.size ()];
+  const size_t Period = gInput.Bytes.size ();
+  size_t Start = Offset % Period;
+  size_t Filled = std::min<size_t> (Length, Period);
+  for (size_t I = 0; I < Filled; I++) Out[I] = gInput.Bytes[(Start + I) % Period];
+  while (Filled < Length) {
+    size_t Step = std::min<size_t> (Filled, Length - Filled);
+    std::memcpy (Out + Filled, Out, Step);
+    Filled += Step;
+  }
   return (gInput.Switches & 1) ? Length / 2 : Length;
 }
 
@@ -161,6 +178,7 @@ extern "C" int LLVMFuzzerTestOneInput (const uint8_t *Data, size_t Size) {
     gInput.Records[I < SourceCount ? 0 : 1].push_back (E);
   }
   gInput.Bytes.assign (Data, Data + Size);
+  gInput.BytesRead = 0;
 
   auto *Main = reinterpret_cast<MAIN_WINDOW *> (
       S.Surveyor->OpenVolumeWindow (0, 0, gInput.Volumes[0], nullptr, nullptr));
