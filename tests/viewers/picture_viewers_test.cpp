@@ -8,7 +8,7 @@
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
 #include "support/window_views.h"
-#include "viewers/test_images.h"
+#include "support/image_builders.h"
 #include "viewers/viewer_records.h"
 #include "viewers/viewers.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 using test_images::AsString;
 using test_images::IcoColour;
-using Sizes = std::vector<std::pair<uint32_t, uint32_t>>;
+using Sizes = std::vector<std::pair<int, int>>;
 
 class PictureViewerTest : public DriverTest {
  protected:
