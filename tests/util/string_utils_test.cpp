@@ -55,19 +55,14 @@ TEST (StringHelpers, LengthCopyAndAppend) {
 }
 
 TEST (StringHelpers, EqualityWithAndWithoutCase) {
-  EXPECT_TRUE (StringsEqual (A ("abc"), A ("abc")));
-  EXPECT_FALSE (StringsEqual (A ("abc"), A ("abcd")));
-  EXPECT_FALSE (StringsEqual (A ("abcd"), A ("abc")));
-  EXPECT_FALSE (StringsEqual (A ("ABC"), A ("abc")));
-  EXPECT_TRUE (StringsEqual (A (""), A ("")));
-
-  EXPECT_TRUE (NamesEqual (A ("ABC"), A ("abc")));
-  EXPECT_TRUE (NamesEqual (A ("Read Me.TXT"), A ("read me.txt")));
-  EXPECT_FALSE (NamesEqual (A ("ab"), A ("abc")));
-  EXPECT_FALSE (NamesEqual (A ("a["), A ("a{")));  // only letters fold
-  // Bytes of 0x80 or more are compared as they are (0xC1 is not 0xE1).
-  EXPECT_FALSE (NamesEqual (A ("\xC1\xA1"), A ("\xE1\xA1")));
-  EXPECT_TRUE (NamesEqual (A ("\xC1\xA1x"), A ("\xC1\xA1X")));
+  // Pairs, and whether StringsEqual and NamesEqual take them for equal: only
+  // ASCII letters fold, bytes of 0x80 or more are compared as they are.
+  const char *Pairs[][3] = {{"abc", "abc", "11"},   {"abc", "abcd", "00"}, {"abcd", "abc", "00"},
+                            {"ABC", "abc", "01"},   {"", "", "11"},        {"Read Me.TXT", "read me.txt", "01"},
+                            {"a[", "a{", "00"},     {"\xC1\xA1", "\xE1\xA1", "00"}, {"\xC1\xA1x", "\xC1\xA1X", "01"}};
+  for (auto &P : Pairs)
+    EXPECT_EQ (std::string () + "01"[StringsEqual (A (P[0]), A (P[1]))] + "01"[NamesEqual (A (P[0]), A (P[1]))], P[2])
+        << P[0] << " " << P[1];
 }
 
 TEST (StringHelpers, AppendFittedCutsInTheMiddle) {
