@@ -88,7 +88,7 @@ TEST_F (CompareProgressTest, LineWidthHasAFloorOf33Characters) {
     if (R.Kind != 2) continue;
     if (R.Line.find (Text ("folder mark")) != std::string::npos) {
       SawFolder = true;
-      EXPECT_EQ (R.Line.size () - Text ("folder mark").size (), 19u) << Escaped (R.Line);
+      EXPECT_EQ (R.Line.size () - Text ("folder mark").size (), 19u) << R.Line;
     } else if (R.Line != "x") {
       SawFile = true;
       EXPECT_EQ (R.Line.size (), 32u) << R.Line;   // fitted to 33: 32 bytes

@@ -43,7 +43,8 @@ TEST_F (CompareTest, RootChecksReportTheirMessageThenCompareFailed) {
   for (const Case &C : Cases) {
     gReports.clear ();
     EXPECT_EQ (Start (C.Path), nullptr) << C.Path;
-    EXPECT_EQ (Escaped (Lines ()), Escaped ({TextWith (C.Message, {C.Path}), Text ("compare failed")})) << C.Path;
+    EXPECT_EQ (Lines (), (std::vector<std::string> {TextWith (C.Message, {C.Path}), Text ("compare failed")}))
+        << C.Path;
     EXPECT_EQ (gReports.size (), 2u) << C.Path << ": no final report";
   }
   EXPECT_EQ (LiveJobs (), 0u);
@@ -55,7 +56,7 @@ TEST_F (CompareTest, EmptyBackupRootRefusesTheStartWithItsDifference) {
   MakeDir (Bak, "r");
   EXPECT_EQ (Start ("\\r"), nullptr);
   ASSERT_EQ (gReports.size (), 1u);
-  EXPECT_EQ (Escaped (gReports[0].Line), Escaped ("\\r - " + TextWith ("backup empty", {"2"})));
+  EXPECT_EQ (gReports[0].Line, "\\r - " + TextWith ("backup empty", {"2"}));
   EXPECT_EQ (gReports[0].ItemCount, 2u);
 
   // A root whose source side is empty is no failure: each backup entry is deleted.
@@ -90,7 +91,7 @@ TEST_F (CompareTest, SingleFileJobs) {
       Want.insert (Want.end (), {"\\docs" + Text ("heading suffix"), "  report.txt - " + Text ("contents differ")});
     }
     EXPECT_EQ (StoredEntries (gFinalSnapshot), Entries) << Contents;
-    EXPECT_EQ (Escaped (Lines ()), Escaped (Want));
+    EXPECT_EQ (Lines (), Want);
     EXPECT_EQ (gFinalSnapshot->TotalCount, 1u);
     EXPECT_EQ (gFinalSnapshot->ChangedCount, Contents ? 1u : 0u);
     EXPECT_EQ (gReports.back ().ItemCount, 1u);

@@ -97,7 +97,7 @@ TEST_F (CompareWalkTest, ReferenceTreesGiveTheExpectedReport) {
   while (std::getline (In, Line)) {
     if (Line.empty () || Line[0] == '#') continue;
     std::vector<std::string> F = Split (Line, '|');
-    if (F[0] == "L") Want.push_back (F[1] + " " + Escaped (Expand (F[2])));
+    if (F[0] == "L") Want.push_back (F[1] + " " + Expand (F[2]));
     if (F[0] == "F") Want.push_back (F[1] + " (final)");
     if (F[0] == "E")
       WantEntries.push_back ({F[1], std::stoi (F[2]), std::stoi (F[3]), std::stoi (F[4]), std::stoi (F[5])});
@@ -105,7 +105,7 @@ TEST_F (CompareWalkTest, ReferenceTreesGiveTheExpectedReport) {
       for (int I = 1; I <= 4; I++) WantCounters.push_back (static_cast<uint32_t> (std::stoul (F[I])));
   }
   for (const Report &R : gReports)
-    Got.push_back (std::to_string (R.ItemCount) + (R.Finished ? " (final)" : " " + Escaped (R.Line)));
+    Got.push_back (std::to_string (R.ItemCount) + (R.Finished ? " (final)" : " " + R.Line));
   EXPECT_EQ (Got, Want);
   EXPECT_EQ (StoredEntries (Result), WantEntries);
   std::vector<uint32_t> Counters = {Result->TotalCount, Result->DeletedCount, Result->AddedCount,

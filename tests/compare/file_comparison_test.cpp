@@ -144,7 +144,7 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
           TextWith ("finished", {"3"}),
           TextWith ("added", {"2"}),
           TextWith ("changed", {"1"})};
-  EXPECT_EQ (Escaped (Log (V)), Escaped (Want));
+  EXPECT_EQ (Log (V), Want);
   EXPECT_EQ (Env ().windows ().TimerCount (), 0u);
 
   // Deleted entries give the deleted line.
