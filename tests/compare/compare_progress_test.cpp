@@ -8,7 +8,7 @@
 namespace {
 
 struct Received {
-  int Type, Code, Kind;
+  int Code, Kind;
   uint32_t ItemCount;
   bool HasLine;
   std::string Line;
@@ -17,12 +17,8 @@ std::vector<Received> gMessages;
 
 UINT8 EFIAPI RecordingHandler (WINDOW_HEADER *, MESSAGE *Message) {
   if (Message->Type != MSG_NOTIFY) return 0;
-  Received R;
-  R.Type = Message->Type;
-  R.Code = Message->Code;
-  R.Kind = Message->Word2;
+  Received R {Message->Code, Message->Word2, 0, Message->Pointer8 != nullptr, ""};
   std::memcpy (&R.ItemCount, reinterpret_cast<const uint8_t *> (Message) + 4, 4);
-  R.HasLine = Message->Pointer8 != nullptr;
   if (R.HasLine) R.Line = static_cast<const char *> (Message->Pointer8);
   gMessages.push_back (R);
   return 0;
@@ -52,17 +48,16 @@ TEST_F (CompareProgressTest, MessagesCarryKindCountAndLine) {
   WINDOW_HEADER *Window = Listener (1000);   // (1000 - 10) / 4 = 247 characters
   ASSERT_NE (StartTo (Window, "\\dir1"), nullptr);
   RunJob ();
+  // Notices of code 14 whose kinds follow the walk: root level, entry "sub",
+  // its level through its states, back to the root, entry "new.txt", then the
+  // differences; only the final one (kind 0xFFFF) has no line.
+  std::vector<int> Kinds;
   for (const Received &R : gMessages) {
-    EXPECT_EQ (R.Type, 4);
+    Kinds.push_back (R.Kind);
     EXPECT_EQ (R.Code, 14);
     EXPECT_EQ (R.HasLine, R.Kind != 0xFFFF);
   }
-  // Kinds in walk order: root level, entry "sub", its level through its
-  // states, back to the root, entry "new.txt", then the differences.
-  std::vector<int> Kinds;
-  for (const Received &R : gMessages) Kinds.push_back (R.Kind);
-  std::vector<int> Want = {1, 2, 1, 1, 1, 1, 1, 2, 2, 1, 2, 3, 3, 0xFFFF};
-  EXPECT_EQ (Kinds, Want);
+  EXPECT_EQ (Kinds, (std::vector<int> {1, 2, 1, 1, 1, 1, 1, 2, 2, 1, 2, 3, 3, 0xFFFF}));
   EXPECT_EQ (gMessages[0].Line, "\\dir1" + TextWith ("file count", {"2"}));
   EXPECT_EQ (gMessages[1].Line, "sub" + Text ("folder mark"));
   EXPECT_EQ (gMessages[11].Line, "\\dir1" + Text ("heading suffix"));

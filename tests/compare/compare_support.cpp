@@ -112,6 +112,12 @@ std::ostream &operator<< (std::ostream &Out, const StoredEntry &E) {
              << " heading " << E.IsHeading << " link " << E.Link << "}";
 }
 
+std::string Totals (const COMPARE_RESULT *R) {
+  return "total " + std::to_string (R->TotalCount) + " deleted " + std::to_string (R->DeletedCount) + " added " +
+         std::to_string (R->AddedCount) + " changed " + std::to_string (R->ChangedCount) + " entries " +
+         std::to_string (R->EntryCount);
+}
+
 void CompareTest::SetUp () {
   DriverTest::SetUp ();
   gReports.clear ();

@@ -46,6 +46,8 @@ struct StoredEntry {
 // The entries of a result; none for no result.
 std::vector<StoredEntry> StoredEntries (const COMPARE_RESULT *Result);
 std::ostream &operator<< (std::ostream &Out, const StoredEntry &Entry);
+// The totals of a result: "total T deleted D added A changed C entries E".
+std::string Totals (const COMPARE_RESULT *Result);
 
 class CompareTest : public DriverTest {
  protected:
