@@ -153,10 +153,8 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   Put (Bak, "d/old", "1");
   FILE_COMPARISON_WINDOW *D = Open ("\\d");
   Finish (D);
-  std::vector<std::string> Got = Log (D);
-  ASSERT_GE (Got.size (), 2u);
-  EXPECT_EQ (Got[Got.size () - 2], TextWith ("finished", {"2"}));
-  EXPECT_EQ (Got.back (), TextWith ("deleted", {"1"}));
+  EXPECT_EQ (Log (D), (std::vector<std::string> {"\\d" + Text ("heading suffix"), "  old - " + Text ("file deleted"),
+                                                 TextWith ("finished", {"2"}), TextWith ("deleted", {"1"})}));
 }
 
 TEST_F (FileComparisonTest, StartFailureShowsItsLinesAndNoMenu) {
@@ -207,17 +205,17 @@ TEST_F (FileComparisonTest, ResultMenuFollowsTheLineCode) {
   Env ().windows ().ScreenOrigin (W->LogView, Ox, Oy);
   Popup = ContextClick (W, 1, 10, 10);
   ASSERT_NE (Popup, nullptr);
-  EXPECT_EQ (Popup->X, Ox + 10);
-  EXPECT_EQ (Popup->Y, Oy + 10);
+  EXPECT_EQ ((std::pair<int, int> {Popup->X - Ox, Popup->Y - Oy}), (std::pair<int, int> {10, 10}));
   uint16_t PopupWidth = Popup->Width, PopupHeight = Popup->Height;
   W->Header.X = static_cast<UINT16> (Gui ()->ScreenWidth - W->Header.Width);
   W->Header.Y = static_cast<UINT16> (Gui ()->ScreenHeight - W->Header.Height);
   Env ().windows ().ScreenOrigin (W->LogView, Ox, Oy);
-  uint16_t X = static_cast<uint16_t> (W->LogView->Control.Width - 4), Y = static_cast<uint16_t> (W->LogView->Control.Height - 4);
+  uint16_t X = static_cast<uint16_t> (W->LogView->Control.Width - 4);
+  uint16_t Y = static_cast<uint16_t> (W->LogView->Control.Height - 4);
   Popup = ContextClick (W, 1, X, Y);
   ASSERT_NE (Popup, nullptr);
-  EXPECT_EQ (Popup->X, Ox + X - PopupWidth);
-  EXPECT_EQ (Popup->Y, Oy + Y - PopupHeight);
+  EXPECT_EQ ((std::pair<int, int> {Popup->X, Popup->Y}),
+             (std::pair<int, int> {Ox + X - PopupWidth, Oy + Y - PopupHeight}));
   Env ().windows ().ClosePopup ();
 }
 
