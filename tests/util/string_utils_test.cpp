@@ -32,16 +32,14 @@ TEST (StringHelpers, LengthCopyAndAppend) {
   EXPECT_EQ (StringLength (A ("")), 0);
   EXPECT_EQ (StringLength (A ("abc")), 3);
 
-  Buffer B;
-  CopyStringN (B (), A ("abcdef"), 4);
-  EXPECT_EQ (B.Text (), "abc");
-  CopyStringN (B (), A ("abc"), 4);  // fits with its terminator: whole
-  EXPECT_EQ (B.Text (), "abc");
-  CopyStringN (B (), A ("abcdef"), 1);
-  EXPECT_EQ (B.Text (), "");
-  Buffer Untouched ("xy");
-  CopyStringN (Untouched (), A ("abcdef"), 0);
-  EXPECT_EQ (Untouched.Text (), "xy");
+  auto CopyN = [] (const char *Source, UINT16 Size) {
+    Buffer B ("xy");
+    CopyStringN (B (), A (Source), Size);
+    return B.Text ();
+  };
+  // "abc" fits with its terminator: whole; a size of 0 writes nothing.
+  EXPECT_EQ (CopyN ("abcdef", 4) + "|" + CopyN ("abc", 4) + "|" + CopyN ("abcdef", 1) + "|" + CopyN ("abcdef", 0),
+             "abc|abc||xy");
 
   Buffer C ("ab");
   EXPECT_EQ (AppendString (C (), A ("cde")), 5);

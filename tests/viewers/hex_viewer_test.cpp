@@ -17,7 +17,9 @@ namespace {
 
 std::string Text (const CHAR8 *S) { return S ? std::string (reinterpret_cast<const char *> (S)) : std::string (); }
 
-std::string HexString (const char *Key) { return Text (GetString ("HexFile"_a, reinterpret_cast<const CHAR8 *> (Key))); }
+std::string HexString (const char *Key) {
+  return Text (GetString ("HexFile"_a, reinterpret_cast<const CHAR8 *> (Key)));
+}
 
 std::string PageText (UINT32 Page) {
   CHAR8 Buffer[64] = {};
