@@ -73,34 +73,23 @@ TEST_F (CompareProgressTest, LineWidthHasAFloorOf33Characters) {
   WINDOW_HEADER *Narrow = Listener (100);   // (100 - 10) / 4 = 22, raised to 33
   ASSERT_NE (StartTo (Narrow, "\\" + Folder), nullptr);
   RunJob ();
-  std::string LevelSuffix = TextWith ("file count", {"2"});
-  const std::string &Level = gMessages[0].Line;
-  ASSERT_EQ (Level.substr (Level.size () - LevelSuffix.size ()), LevelSuffix);
-  EXPECT_EQ (Level.size () - LevelSuffix.size (), 19u);   // AppendFitted to 20: 19 bytes of path
-  EXPECT_EQ (Level.substr (0, 8), "\\f123456");
-  bool SawFile = false, SawFolder = false;
-  for (const Received &R : gMessages) {
-    if (R.Kind != 2) continue;
-    if (R.Line.find (Text ("folder mark")) != std::string::npos) {
-      SawFolder = true;
-      EXPECT_EQ (R.Line.size () - Text ("folder mark").size (), 19u) << R.Line;
-    } else if (R.Line != "x") {
-      SawFile = true;
-      EXPECT_EQ (R.Line.size (), 32u) << R.Line;   // fitted to 33: 32 bytes
-      EXPECT_EQ (R.Line.substr (0, 4), "a234");
-      EXPECT_EQ (R.Line.substr (R.Line.size () - 4), ".txt");
-    }
-  }
-  EXPECT_TRUE (SawFile && SawFolder);
+  // Fitted to 20 bytes, a path or a folder's name keeps 19 (8 on each side of
+  // "..."); fitted to 33, a file's name keeps 32. A file is reported twice.
+  EXPECT_EQ (gMessages[0].Line, "\\f123456...34567890" + TextWith ("file count", {"2"}));
+  std::vector<std::string> Entries;
+  for (const Received &R : gMessages)
+    if (R.Kind == 2) Entries.push_back (R.Line);
+  std::string Fitted = "a2345678901234...01234567890.txt";
+  EXPECT_EQ (Entries,
+             (std::vector<std::string> {"f1234567...34567890" + Text ("folder mark"), "x", "x", Fitted, Fitted}));
 
-  // A wide window is held to 255 characters.
+  // A wide window is held to 255 characters: 241 bytes of the path.
   WINDOW_HEADER *Wide = Listener (1100);
   ASSERT_GE (Wide->Width, 1030);   // (1030 - 10) / 4 = 255
-  std::string Long = std::string (150, 'L') + "/" + std::string (150, 'M');
-  Both (Long + "/f", "1");
-  ASSERT_NE (StartTo (Wide, "\\" + std::string (150, 'L') + "\\" + std::string (150, 'M')), nullptr);
-  std::string Suffix = TextWith ("file count", {"1"});
-  EXPECT_EQ (gMessages[0].Line.size () - Suffix.size (), 241u);
+  std::string L (150, 'L'), M (150, 'M');
+  Both (L + "/" + M + "/f", "1");
+  ASSERT_NE (StartTo (Wide, "\\" + L + "\\" + M), nullptr);
+  EXPECT_EQ (gMessages[0].Line, "\\" + L.substr (0, 118) + "..." + M.substr (0, 119) + TextWith ("file count", {"1"}));
   RunJob ();
 }
 
