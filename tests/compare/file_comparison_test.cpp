@@ -95,28 +95,29 @@ TEST_F (FileComparisonTest, ControlsAndResizeLayout) {
   EXPECT_NE (W->Header.Flags & 0x80, 0u);
   EXPECT_EQ (Env ().windows ().WindowText (W->ResultLabel), Text ("result label"));
   EXPECT_EQ (Env ().controls ().LogPath (W->LogView), "\\r");
-  // Every control at x 10 and, but for the pause button, 20 narrower than the window.
+  // The window, the level and entry fields, the pause button and the log:
+  // every control at x 10 and, but for the pause button, 20 narrower than
+  // the window; the log takes the height left.
   int Y2 = CH + 22 + LH, Y3 = Y2 + 16 + LH, Y4 = Y3 + 16 + LH;
   CONTROL *Pause = Wb ()->GetControl (&W->Header, 33);
   ASSERT_NE (Pause, nullptr);
-  EXPECT_EQ (RectOf (W->LevelField), (Rect {10, CH + 6, 380, LH + 10}));
-  EXPECT_EQ (RectOf (W->EntryField), (Rect {10, Y2, 380, LH + 10}));
+  auto Layout = [&] {
+    return std::vector<Rect> {RectOf (&W->Header), RectOf (W->LevelField), RectOf (W->EntryField), RectOf (Pause),
+                              RectOf (&W->LogView->Control)};
+  };
+  auto Want = [&] (int Width, int Height) {
+    return std::vector<Rect> {{100, 100, Width, Height},           {10, CH + 6, Width - 20, LH + 10},
+                              {10, Y2, Width - 20, LH + 10},       {Width - 10 - 5 * CW, Y3, 5 * CW, LH + 10},
+                              {10, Y4, Width - 20, Height - 10 - Y4}};
+  };
+  EXPECT_EQ (Layout (), Want (400, 320));
   EXPECT_EQ (RectOf (W->ResultLabel), (Rect {10, Y3, 0, LH + 10}));
-  EXPECT_EQ (RectOf (Pause), (Rect {390 - 5 * CW, Y3, 5 * CW, LH + 10}));
-  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, 380, 320 - Y4 - 10}));
   EXPECT_EQ (Env ().windows ().SendSysCommand (&W->Header, 33), 0u) << "the pause button is not acted on";
-
   // Below the minimum (25 characters wide) the window keeps the minimum.
-  int MinWidth = 25 * CW, MinHeight = CH + (LH + 16) * 6 + 10;
   Env ().windows ().ResizeWindow (&W->Header, 100, 50);
-  EXPECT_EQ (RectOf (&W->Header), (Rect {100, 100, MinWidth, MinHeight}));
-  EXPECT_EQ (RectOf (W->LevelField), (Rect {10, CH + 6, MinWidth - 20, LH + 10}));
-  EXPECT_EQ (RectOf (W->EntryField), (Rect {10, Y2, MinWidth - 20, LH + 10}));
-  EXPECT_EQ (RectOf (Pause), (Rect {MinWidth - 10 - 5 * CW, Y3, 5 * CW, LH + 10}));
-  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, MinWidth - 20, (MinHeight - 10) - (Y3 + LH + 10 + 6)}));
+  EXPECT_EQ (Layout (), Want (25 * CW, CH + (LH + 16) * 6 + 10));
   Env ().windows ().ResizeWindow (&W->Header, 640, 480);
-  EXPECT_EQ (RectOf (&W->Header), (Rect {100, 100, 640, 480}));
-  EXPECT_EQ (RectOf (&W->LogView->Control), (Rect {10, Y4, 620, 470 - (Y3 + LH + 10 + 6)}));
+  EXPECT_EQ (Layout (), Want (640, 480));
 }
 
 TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
