@@ -9,7 +9,7 @@
 #include "env/host/environment.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
-#include "viewers/test_images.h"
+#include "support/image_builders.h"
 #include "viewers/viewer_records.h"
 #include "viewers/viewers.h"
 

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <cstdio>
 #include <sstream>
 #include <stdexcept>
 
@@ -81,26 +80,6 @@ std::string TextWith (const std::string &Name, const std::vector<std::string> &A
   return Bytes;
 }
 
-std::string Escaped (const std::string &Bytes) {
-  std::string Out;
-  for (unsigned char C : Bytes) {
-    if (C >= 0x80 || C < 0x20) {
-      char Hex[8];
-      std::snprintf (Hex, sizeof (Hex), "\\x%02X", C);
-      Out += Hex;
-    } else {
-      Out += static_cast<char> (C);
-    }
-  }
-  return Out;
-}
-
-std::vector<std::string> Escaped (const std::vector<std::string> &Lines) {
-  std::vector<std::string> Out;
-  for (const std::string &Line : Lines) Out.push_back (Escaped (Line));
-  return Out;
-}
-
 std::vector<Report> gReports;
 COMPARE_RESULT *gFinalSnapshot = nullptr;
 SURVEYOR_PROTOCOL *gProtocol = nullptr;
@@ -129,8 +108,14 @@ std::vector<StoredEntry> StoredEntries (const COMPARE_RESULT *Result) {
 }
 
 std::ostream &operator<< (std::ostream &Out, const StoredEntry &E) {
-  return Out << "{" << Escaped (E.Name) << " dir " << E.IsDirectory << " code " << E.Code << " heading "
-             << E.IsHeading << " link " << E.Link << "}";
+  return Out << "{" << ::testing::PrintToString (E.Name) << " dir " << E.IsDirectory << " code " << E.Code
+             << " heading " << E.IsHeading << " link " << E.Link << "}";
+}
+
+std::string Totals (const COMPARE_RESULT *R) {
+  return "total " + std::to_string (R->TotalCount) + " deleted " + std::to_string (R->DeletedCount) + " added " +
+         std::to_string (R->AddedCount) + " changed " + std::to_string (R->ChangedCount) + " entries " +
+         std::to_string (R->EntryCount);
 }
 
 void CompareTest::SetUp () {

@@ -17,9 +17,6 @@
 std::string Text (const std::string &Name);
 // Text with its placeholders replaced, in order, by Args ("%a" and "%d" alike).
 std::string TextWith (const std::string &Name, const std::vector<std::string> &Args);
-// Readable form of GBK bytes for failure messages: bytes of 0x80 or more as \xNN.
-std::string Escaped (const std::string &Bytes);
-std::vector<std::string> Escaped (const std::vector<std::string> &Lines);
 
 // One progress report as a callback received it.
 struct Report {
@@ -49,6 +46,8 @@ struct StoredEntry {
 // The entries of a result; none for no result.
 std::vector<StoredEntry> StoredEntries (const COMPARE_RESULT *Result);
 std::ostream &operator<< (std::ostream &Out, const StoredEntry &Entry);
+// The totals of a result: "total T deleted D added A changed C entries E".
+std::string Totals (const COMPARE_RESULT *Result);
 
 class CompareTest : public DriverTest {
  protected:

@@ -9,15 +9,12 @@ namespace {
 
 const std::string kCompare1 = "Compare with backup 1", kCompare2 = "Compare with backup 2";
 
-struct AttributesCall {
-  int Volume;
-  uint32_t Entry;
-  std::string Text;
-};
-std::vector<AttributesCall> gAttributesCalls;
+// Each call of the attributes window as "volume entry path-or-name".
+std::vector<std::string> gAttributesCalls;
 
 WINDOW_HEADER *EFIAPI RecordAttributes (UINT8 Volume, UINT32 Entry, const CHAR8 *PathOrName, UINTN) {
-  gAttributesCalls.push_back ({Volume, Entry, reinterpret_cast<const char *> (PathOrName)});
+  gAttributesCalls.push_back (std::to_string (Volume) + " " + std::to_string (Entry) + " " +
+                              reinterpret_cast<const char *> (PathOrName));
   return nullptr;
 }
 
@@ -120,8 +117,7 @@ TEST_F (ContextMenuTest, ComparisonVolumesAreTheLastOfferedWithTheirFlags) {
   int Later = MakeVolume ("backup1b", 0x81);
   Env ().files ().Table ()->Volumes[T2].Flags = 0;
   EXPECT_EQ (States (RightClick (W, {"a.txt"}), ""), "1110110");
-  EXPECT_EQ (W->CompareTarget1, Later);
-  EXPECT_EQ (W->CompareTarget2, 255);
+  EXPECT_EQ ((std::pair<int, int> {W->CompareTarget1, W->CompareTarget2}), (std::pair<int, int> {Later, 255}));
   // A volume that is not offered does not count.
   Env ().files ().Table ()->Volumes[Later].Offered = 0;
   RightClick (W, {"a.txt"});
@@ -138,8 +134,7 @@ TEST_F (ContextMenuTest, PopupOpensLeftAndAboveNearTheScreenEdges) {
   Wb ()->GetControlOrigin (&Ox, &Oy, W->List);
   WINDOW_HEADER *Popup = RightClick (W, {}, 20, 30);
   ASSERT_NE (Popup, nullptr);
-  EXPECT_EQ (Popup->X, Ox + 20);
-  EXPECT_EQ (Popup->Y, Oy + 30);
+  EXPECT_EQ ((std::pair<int, int> {Popup->X - Ox, Popup->Y - Oy}), (std::pair<int, int> {20, 30}));
 
   W->Header.X = static_cast<UINT16> (Gui ()->ScreenWidth - W->Header.Width);
   W->Header.Y = static_cast<UINT16> (Gui ()->ScreenHeight - W->Header.Height);
@@ -148,8 +143,8 @@ TEST_F (ContextMenuTest, PopupOpensLeftAndAboveNearTheScreenEdges) {
   Popup = RightClick (W, {}, X, Y);
   ASSERT_NE (Popup, nullptr);
   ASSERT_GT (Ox + X + Popup->Width, Gui ()->ScreenWidth - 2);
-  EXPECT_EQ (Popup->X, Ox + X - Popup->Width);
-  EXPECT_EQ (Popup->Y, Oy + Y - Popup->Height);
+  EXPECT_EQ ((std::pair<int, int> {Popup->X, Popup->Y}),
+            (std::pair<int, int> {Ox + X - Popup->Width, Oy + Y - Popup->Height}));
   Base ().ClosePopup ();
 }
 
@@ -163,13 +158,13 @@ TEST_F (ContextMenuTest, CompareItemOpensTheComparisonOfTheSelectedPath) {
   RightClick (W, {"docs"});
   Choose (kCompare2);
   WINDOW_HEADER *Active = Base ().ActiveWindow ();
-  ASSERT_NE (Active, nullptr);
-  ASSERT_NE (Active, &W->Header);
+  ASSERT_TRUE (Active != nullptr && Active != &W->Header);
   EXPECT_EQ (Active->ObjectSize, 848u);
+  // The comparison window's record: the path, then the two volumes at 512.
   const UINT8 *Private = reinterpret_cast<const UINT8 *> (Active) + sizeof (WINDOW_HEADER);
-  EXPECT_STREQ (reinterpret_cast<const char *> (Private), "\\docs");
-  EXPECT_EQ (Private[512], C);
-  EXPECT_EQ (Private[513], T2);
+  EXPECT_EQ (reinterpret_cast<const char *> (Private) + std::string (" ") + std::to_string (Private[512]) + " " +
+                 std::to_string (Private[513]),
+             "\\docs " + std::to_string (C) + " " + std::to_string (T2));
   EXPECT_EQ (Base ().TimerCount (), 1u) << "its job runs";
 
   // The comparison volume went away after the menu was shown: the item does nothing.
@@ -195,29 +190,21 @@ TEST_F (ContextMenuTest, AttributesOfDirectoriesByPathAndOfFilesByName) {
   BuildMenuFirst (C);
   MAIN_WINDOW *W = Open (C);
 
+  auto Entry = [&] (const char *Name) { return std::to_string (Cd ()->GetItem (W->List, Row (W, Name))->EntryWord); };
   RightClick (W, {"docs"});
   Choose ("Attributes");
-  ASSERT_EQ (gAttributesCalls.size (), 1u);
-  EXPECT_EQ (gAttributesCalls[0].Volume, C);
-  EXPECT_EQ (gAttributesCalls[0].Text, "\\docs");
-  LIST_ITEM *Docs = Cd ()->GetItem (W->List, Row (W, "docs"));
-  EXPECT_EQ (gAttributesCalls[0].Entry, Docs->EntryWord);
-
   RightClick (W, {"f.txt"});
   Choose ("Attributes");
-  ASSERT_EQ (gAttributesCalls.size (), 2u);
-  EXPECT_EQ (gAttributesCalls[1].Text, "f.txt");
-  EXPECT_EQ (gAttributesCalls[1].Entry, Cd ()->GetItem (W->List, Row (W, "f.txt"))->EntryWord);
-
   // Not ready, or a volume of another kind: nothing.
   Env ().ntfs ()->SetReady (false);
   RightClick (W, {"f.txt"});
   Choose ("Attributes");
   Env ().ntfs ()->SetReady (true);
-  MAIN_WINDOW *P = Open (Plain);
-  RightClick (P, {"f.txt"});
+  RightClick (Open (Plain), {"f.txt"});
   Choose ("Attributes");
-  EXPECT_EQ (gAttributesCalls.size (), 2u);
+  std::string Volume = std::to_string (C);
+  EXPECT_EQ (gAttributesCalls, (std::vector<std::string> {Volume + " " + Entry ("docs") + " \\docs",
+                                                          Volume + " " + Entry ("f.txt") + " f.txt"}));
 }
 
 TEST_F (ContextMenuTest, AttributesItemOnlyWithExtendedMenus) {

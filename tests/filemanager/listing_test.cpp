@@ -29,11 +29,9 @@ TEST_F (MainWindowTest, CellsShowGroupedSizesTypesAndDates) {
 
   // Icons: directory, by extension, unknown without one.
   auto Item = [&] (const char *Name) { return Cd ()->GetItem (W->List, Row (W, Name)); };
-  EXPECT_EQ (Item ("folder")->Icon, gFileIcons.Directory);
-  EXPECT_EQ (Item ("folder")->IsDirectory, 1);
-  EXPECT_EQ (Item ("zero.txt")->Icon, gFileIcons.Text);
-  EXPECT_EQ (Item ("noext")->Icon, gFileIcons.Unknown);
-  EXPECT_EQ (Item ("n1000.bin")->Size, 1000u);
+  EXPECT_EQ ((std::vector<int> {Item ("folder")->Icon, Item ("folder")->IsDirectory, Item ("zero.txt")->Icon,
+                                Item ("noext")->Icon, static_cast<int> (Item ("n1000.bin")->Size)}),
+             (std::vector<int> {gFileIcons.Directory, 1, gFileIcons.Text, gFileIcons.Unknown, 1000}));
 
   // The date column: the file driver's fields in the year.month.day form.
   FILE_DRIVER_PROTOCOL *Files = Env ().files ().Table ();
@@ -59,30 +57,25 @@ TEST_F (MainWindowTest, NavigationRestoresRowsAndGoUpState) {
   WriteFile (V, "a/d3/f.txt", "x");
   MAIN_WINDOW *W = Open (V);
   Activate (W, "a");
-  EXPECT_EQ (Path (W), "\\a");
-  EXPECT_EQ (W->Depth, 1);
+  EXPECT_EQ (Where (W), "\\a 1");
   EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");
   EXPECT_EQ (Status (W), "\\a\\");
 
   Controls ().SelectRows (W->List, {5});
   ASSERT_EQ (Row (W, "d3"), 5);
   Controls ().ActivateRow (W->List, 5);
-  EXPECT_EQ (Path (W), "\\a\\d3");
-  EXPECT_EQ (W->Depth, 2);
-  EXPECT_EQ (W->List->CurrentRow, 0);
+  EXPECT_EQ (Where (W) + " " + std::to_string (W->List->CurrentRow), "\\a\\d3 2 0");
 
   // ".." goes up and selects row 5 again; "." does nothing.
   Activate (W, ".");
   EXPECT_EQ (Path (W), "\\a\\d3");
   Activate (W, "..");
-  EXPECT_EQ (Path (W), "\\a");
-  EXPECT_EQ (W->List->CurrentRow, 5);
+  EXPECT_EQ (Path (W) + " " + std::to_string (W->List->CurrentRow), "\\a 5");
 
   // The toolbar button goes up to the root, where going up is disabled and does nothing.
   MENU_ITEM *Up = Button (W, GoUpCommand);
   Up->Command (Up, &W->Header);
-  EXPECT_EQ (Path (W), "\\");
-  EXPECT_EQ (W->Depth, 0);
+  EXPECT_EQ (Where (W), "\\ 0");
   EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:11 newdir:1");
   unsigned Redraws = Base ().RedrawCount (W->List);
   EXPECT_FALSE (GoUp (W));
@@ -101,13 +94,11 @@ TEST_F (MainWindowTest, SixtyFourLevelsDownAndBack) {
     Controls ().SelectRows (W->List, {Row (W, "d")});
     Activate (W, "d");
   }
-  EXPECT_EQ (Path (W).size (), 128u);
-  EXPECT_EQ (W->Depth, 63);
+  EXPECT_EQ (std::to_string (Path (W).size ()) + " " + std::to_string (W->Depth), "128 63");
   // Below level 63 a descent no longer resets the remembered row.
   EXPECT_EQ (W->RowStack[63], 2);
   for (int I = 0; I < 64; I++) Activate (W, "..");
-  EXPECT_EQ (Path (W), "\\");
-  EXPECT_EQ (W->Depth, 0);
+  EXPECT_EQ (Where (W), "\\ 0");
   EXPECT_EQ (Names (W), std::vector<std::string> ({"d"}));
   EXPECT_NE (W->DirHandle, 0);
   EXPECT_EQ (Env ().files ().OpenHandleCount (), 1u);
@@ -128,20 +119,17 @@ TEST_F (MainWindowTest, TooLongPathIsRefusedAndWindowStaysUsable) {
   MakeDir (V, Rel);
   MAIN_WINDOW *W = Open (V);
   Base ().ClearMessageBoxes ();
+  // The length of the path shown, and the depth.
+  auto Lengths = [&] { return std::to_string (Path (W).size ()) + " " + std::to_string (W->Depth); };
   for (int I = 0; I < 5; I++) Activate (W, Name);
-  EXPECT_EQ (Path (W).size (), 505u);
-  EXPECT_EQ (W->Depth, 5);
+  EXPECT_EQ (Lengths (), "505 5");
   EXPECT_TRUE (Boxes ().empty ());
-
   Activate (W, Name);
-  EXPECT_EQ (Path (W).size (), 505u);
-  EXPECT_EQ (W->Depth, 5);
+  EXPECT_EQ (Lengths (), "505 5");
   EXPECT_EQ (Boxes (), OneMessageBox (Name, Res (nullptr, "fail_path_too_long")));
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", Name}));
-
   Activate (W, "..");
-  EXPECT_EQ (Path (W).size (), 404u);
-  EXPECT_EQ (W->Depth, 4);
+  EXPECT_EQ (Lengths (), "404 4");
 }
 
 TEST_F (MainWindowTest, StatusTextsFollowSelection) {
@@ -223,8 +211,7 @@ TEST_F (MainWindowTest, UnreadableFolderIsReportedAndTheWindowStaysWhereItWas) {
   Base ().ClearMessageBoxes ();
   Activate (W, "locked");
   EXPECT_EQ (Boxes (), OneMessageBox ("\\a\\locked", Res (nullptr, "fail_read_folder")));
-  EXPECT_EQ (Path (W), "\\a");
-  EXPECT_EQ (W->Depth, 1);
+  EXPECT_EQ (Where (W), "\\a 1");
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "locked", "open"}));
   EXPECT_EQ (W->List->CurrentRow, Row (W, "locked"));
   EXPECT_EQ (CommandStates (W), "gouplayer:11 copy file:11 paste file:00 delete:11 newdir:1");

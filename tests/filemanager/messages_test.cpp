@@ -8,10 +8,15 @@
 
 namespace {
 
-MESSAGE Notify (UINT8 Code) {
+// A notice with its 16-bit fields at bytes 2, 4, 6 and 10 (the control's id).
+MESSAGE Notify (UINT8 Code, UINT16 Word2, UINT16 Word4, UINT16 Word6, UINT16 Control) {
   MESSAGE M{};
   M.Type = MSG_NOTIFY;
   M.Code = Code;
+  M.Word2 = Word2;
+  M.Word4 = Word4;
+  M.Word6 = Word6;
+  M.Word10 = Control;
   return M;
 }
 
@@ -79,61 +84,44 @@ TEST_F (MessagesTest, KeysActOnlyWhileListHasFocus) {
 }
 
 TEST_F (MessagesTest, NotificationsNeedTheListAndNotifyEnabled) {
-  UINT16 ListId = W->List->Control.Id;
-  MESSAGE Select = Notify (NOTIFY_SELECTION);
-  Select.Word2 = 0;
-  Select.Word4 = 42;
-  Select.Word10 = static_cast<UINT16> (ListId + 1);   // another control
-  SendRecord (Select);
-  EXPECT_EQ (Status (W), "");
-  Select.Word10 = ListId;
+  UINT16 List = W->List->Control.Id, Other = static_cast<UINT16> (List + 1);
+  // A selection count from another control, or while notices are off: ignored.
+  Send (W, Notify (NOTIFY_SELECTION, 0, 42, 0, Other));
   W->Header.NotifyEnabled = 0;
-  SendRecord (Select);
+  Send (W, Notify (NOTIFY_SELECTION, 0, 42, 0, List));
   EXPECT_EQ (Status (W), "");
   W->Header.NotifyEnabled = 1;
-  EXPECT_EQ (SendRecord (Select), 0u);
+  EXPECT_EQ (Send (W, Notify (NOTIFY_SELECTION, 0, 42, 0, List)), 0u);
   EXPECT_EQ (Status (W), Format (Res (nullptr, "files_total"), 42));
 
   // Search progress: only with 0 at byte 2; the numbers at 6 and 4 in that order.
-  MESSAGE Search = Notify (NOTIFY_SEARCH);
-  Search.Word2 = 1;
-  Search.Word4 = 9;
-  Search.Word6 = 3;
-  SendRecord (Search);
+  Send (W, Notify (NOTIFY_SEARCH, 1, 9, 3, 0));
   EXPECT_EQ (Status (W), Format (Res (nullptr, "files_total"), 42));
-  Search.Word2 = 0;
-  SendRecord (Search);
+  Send (W, Notify (NOTIFY_SEARCH, 0, 9, 3, 0));
   EXPECT_EQ (Status (W), Format (Res (nullptr, "SearchStatus"), 3, 9));
 
   // Opening a row of another control does nothing.
   MakeDir (V, "sub");
   Open (V, "\\");
-  MESSAGE OpenRow = Notify (NOTIFY_OPEN_ROW);
-  OpenRow.Word6 = Row (W, "sub");
-  OpenRow.Word10 = static_cast<UINT16> (ListId + 1);
-  SendRecord (OpenRow);
+  Send (W, Notify (NOTIFY_OPEN_ROW, 0, 0, Row (W, "sub"), Other));
   EXPECT_EQ (Path (W), "\\");
-  OpenRow.Word10 = ListId;
-  SendRecord (OpenRow);
+  Send (W, Notify (NOTIFY_OPEN_ROW, 0, 0, Row (W, "sub"), List));
   EXPECT_EQ (Path (W), "\\sub");
 }
 
 TEST_F (MessagesTest, ClipboardStateTogglesPaste) {
   MENU_ITEM *Paste = Button (W, PasteCommand);
-  ASSERT_FALSE (Enabled (Paste));
   MESSAGE Clip{};
   Clip.Type = MSG_CLIPBOARD;
   Clip.Code = 1;
   unsigned Redraws = Base ().RedrawCount (Paste);
   EXPECT_EQ (SendRecord (Clip), 0u);
-  EXPECT_TRUE (Enabled (Paste));
-  EXPECT_TRUE (FileItem (W, "paste file").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:11 delete:11 newdir:1");
   EXPECT_GT (Base ().RedrawCount (Paste), Redraws);
   Redraws = Base ().RedrawCount (Paste);
   Clip.Code = 0;
   SendRecord (Clip);
-  EXPECT_FALSE (Enabled (Paste));
-  EXPECT_FALSE (FileItem (W, "paste file").Enabled);
+  EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:11 newdir:1");
   EXPECT_EQ (Base ().RedrawCount (Paste), Redraws);
 }
 

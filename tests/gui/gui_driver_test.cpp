@@ -6,7 +6,7 @@
 #include "env/gui/font.h"
 #include "env/gui/gbk.h"
 #include "env/gui/gui_driver.h"
-#include "images/image_builders.h"
+#include "support/image_builders.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "env/images/bmp_decoder.h"
 #include "env/images/ico_decoder.h"
 #include "env/images/stb_codecs.h"
-#include "images/image_builders.h"
+#include "support/image_builders.h"
 
 using namespace test_images;
 using env::DecodedImage;

@@ -96,12 +96,12 @@ TEST_F (MenuHeaderTest, RowsGiveHeightAndPathRowPlacement) {
   EXPECT_EQ (Base ().WindowText (Field), "\\");
 
   WINDOW_HEADER *MenuOnly = Surveyor ()->CreateMenuHeader (Owner, FALSE, FALSE);
-  EXPECT_EQ (MenuOnly->Height, Lh + 18);
-  EXPECT_EQ (Header (MenuOnly)->PathField, nullptr);
-  EXPECT_EQ (Surveyor ()->CreateMenuHeader (Owner, FALSE, TRUE)->Height, 2 * Lh + 34);
   WINDOW_HEADER *PathOnly = Surveyor ()->CreateMenuHeader (Owner, TRUE, FALSE);
-  EXPECT_EQ (PathOnly->Height, 2 * Lh + 34);
-  EXPECT_EQ (Header (PathOnly)->PathField->Y, 2 * Lh + 36);
+  // Heights of a menu row alone, of menu and icon rows, of a path row alone, and that row's field.
+  EXPECT_EQ ((std::vector<int> {MenuOnly->Height, Surveyor ()->CreateMenuHeader (Owner, FALSE, TRUE)->Height,
+                                PathOnly->Height, Header (PathOnly)->PathField->Y}),
+             (std::vector<int> {Lh + 18, 2 * Lh + 34, 2 * Lh + 34, 2 * Lh + 36}));
+  EXPECT_EQ (Header (MenuOnly)->PathField, nullptr);
 
   // After the owner grows, the field keeps its left edge and ends 2 pixels
   // before the header's right edge.
@@ -148,17 +148,13 @@ TEST_F (MenuHeaderTest, ItemsPackPerRowAndTextItemsNeedText) {
   EXPECT_NE (Header (H)->ItemGroup, 0u);
   EXPECT_EQ (Popup->Owner, H);
   MENU_ITEM *Icon1 = Surveyor ()->AddHeaderItem (H, 3, nullptr, CommandA, nullptr, Owner);
-  ASSERT_NE (Icon1, nullptr);
   MENU_ITEM *Help = Surveyor ()->AddHeaderItem (H, 200, A8 ("Help(H)"), nullptr, nullptr, Owner);
   MENU_ITEM *Icon2 = Surveyor ()->AddHeaderItem (H, 4, A8 ("Copy"), CommandB, nullptr, Owner);
-  ASSERT_NE (Help, nullptr);
-  ASSERT_NE (Icon2, nullptr);
-
-  EXPECT_EQ (File->Control.X, 4);
-  EXPECT_EQ (Help->Control.X, 4 + File->Control.Width);
-  EXPECT_EQ (Icon1->Control.X, 4);
-  EXPECT_EQ (Icon1->Control.Width, Lh + 20);
-  EXPECT_EQ (Icon2->Control.X, 4 + Lh + 20);
+  ASSERT_TRUE (Icon1 != nullptr && Help != nullptr && Icon2 != nullptr);
+  // Text items and icon items each packed from x 4 on their own row.
+  EXPECT_EQ ((std::vector<int> {File->Control.X, Help->Control.X, Icon1->Control.X, Icon1->Control.Width,
+                                Icon2->Control.X}),
+             (std::vector<int> {4, 4 + File->Control.Width, 4, Lh + 20, 4 + Lh + 20}));
   EXPECT_EQ (IconItemsWidth (H), 4 + 2 * (Lh + 20));
   EXPECT_EQ (TextItemsWidth (H), 4 + File->Control.Width + Help->Control.Width);
 }
@@ -169,38 +165,34 @@ TEST_F (MenuHeaderTest, EnableChangesOnlyTheItemWithThatCommand) {
   Surveyor ()->EnableHeaderItem (H, CommandA, FALSE, TRUE);
   MENU_ITEM *A = Surveyor ()->AddHeaderItem (H, 1, nullptr, CommandA, nullptr, Owner);
   MENU_ITEM *B = Surveyor ()->AddHeaderItem (H, 2, nullptr, CommandB, nullptr, Owner);
-  ASSERT_TRUE (A->Control.Flags & 0x01);
-  unsigned RedrawsA = Base ().RedrawCount (A);
-
+  // Whether A and B are enabled, then A's redraws since the last look.
+  unsigned Redraws = Base ().RedrawCount (A);
+  auto States = [&] {
+    std::string Out = std::to_string (A->Control.Flags & 0x01) + std::to_string (B->Control.Flags & 0x01) + " " +
+                      std::to_string (Base ().RedrawCount (A) - Redraws);
+    Redraws = Base ().RedrawCount (A);
+    return Out;
+  };
+  EXPECT_EQ (States (), "11 0");
   Surveyor ()->EnableHeaderItem (H, CommandA, FALSE, TRUE);
-  EXPECT_FALSE (A->Control.Flags & 0x01);
-  EXPECT_TRUE (B->Control.Flags & 0x01);
-  EXPECT_GT (Base ().RedrawCount (A), RedrawsA);
-  RedrawsA = Base ().RedrawCount (A);
-
+  EXPECT_EQ (States (), "01 1");
   Surveyor ()->EnableHeaderItem (H, CommandA, FALSE, TRUE);   // already off
   Surveyor ()->EnableHeaderItem (H, CommandC, TRUE, TRUE);
-  EXPECT_EQ (Base ().RedrawCount (A), RedrawsA);
-  EXPECT_FALSE (A->Control.Flags & 0x01);
-
+  EXPECT_EQ (States (), "01 0");
   Surveyor ()->EnableHeaderItem (H, CommandA, TRUE, FALSE);
-  EXPECT_TRUE (A->Control.Flags & 0x01);
-  EXPECT_EQ (Base ().RedrawCount (A), RedrawsA);
+  EXPECT_EQ (States (), "11 0");
 }
 
 TEST_F (MenuHeaderTest, PathFieldShowsFittedPathWithSeparator) {
   WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, TRUE, TRUE);
   CONTROL *Field = Header (H)->PathField;
-  SetHeaderPath (H, A8 ("\\efi"), FALSE);
-  EXPECT_EQ (Base ().WindowText (Field), "\\efi\\");
-  SetHeaderPath (H, A8 ("\\efi\\"), FALSE);
-  EXPECT_EQ (Base ().WindowText (Field), "\\efi\\");
-  SetHeaderPath (H, A8 (""), FALSE);
-  EXPECT_EQ (Base ().WindowText (Field), "\\");
-
+  auto Shown = [&] (const std::string &Path) {
+    SetHeaderPath (H, A8 (Path.c_str ()), FALSE);
+    return Base ().WindowText (Field);
+  };
   std::string Short = "\\" + std::string (123, 'a');   // 124 bytes: kept whole
-  SetHeaderPath (H, A8 (Short.c_str ()), FALSE);
-  EXPECT_EQ (Base ().WindowText (Field), Short + "\\");
+  EXPECT_EQ (Shown ("\\efi") + " " + Shown ("\\efi\\") + " " + Shown ("") + " " + Shown (Short),
+             "\\efi\\ \\efi\\ \\ " + Short + "\\");
 
   std::string Long;
   for (int I = 0; I < 200; I++) Long += static_cast<char> ('a' + I % 26);
@@ -240,31 +232,27 @@ TEST_F (MenuHeaderTest, KeyboardMovesBetweenTitlesWithoutWrapping) {
   MENU_ITEM *T2 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("View(1)(V)"), nullptr, P2, Owner);
   MENU_ITEM *T3 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("Help(H)"), nullptr, P3, Owner);
 
-  // No current title: Right does nothing.
-  EXPECT_EQ (SendKey (H, 0, SCAN_CODE_RIGHT, 0), 0u);
-  EXPECT_EQ (H->FocusControl, nullptr);
-
-  // The menu key alone highlights the first title and gives the header the owner's keyboard.
-  EXPECT_EQ (SendKey (H, 0, SCAN_CODE_HOTKEY, 0, 1), 1u);
-  EXPECT_EQ (H->FocusControl, T1);
-  EXPECT_EQ (T1->Control.State, 2);
-  EXPECT_EQ (Owner->FocusControl, H);
-
-  EXPECT_EQ (SendKey (H, 0, SCAN_CODE_LEFT, 0), 0u);   // first: no wrap
-  EXPECT_EQ (H->FocusControl, T1);
-  SendKey (H, 0, SCAN_CODE_RIGHT, 0);
-  EXPECT_EQ (H->FocusControl, T2);
+  // Each key with the handler's answer, then the title that has the focus
+  // (0 for none): the menu key alone highlights the first title; Left and
+  // Right do not wrap.
+  struct Step {
+    UINT16 Scan;
+    UINT8 Byte1;
+    UINTN Answer;
+    int Focus;
+  } Steps[] = {{SCAN_CODE_RIGHT, 0, 0, 0}, {SCAN_CODE_HOTKEY, 1, 1, 1}, {SCAN_CODE_LEFT, 0, 0, 1},
+               {SCAN_CODE_RIGHT, 0, 0, 2}, {SCAN_CODE_RIGHT, 0, 0, 3}, {SCAN_CODE_RIGHT, 0, 0, 3},
+               {SCAN_CODE_LEFT, 0, 0, 2}};
+  MENU_ITEM *Titles[] = {nullptr, T1, T2, T3};
+  for (const Step &S : Steps) {
+    EXPECT_EQ (SendKey (H, 0, S.Scan, 0, S.Byte1), S.Answer) << S.Scan;
+    EXPECT_EQ (H->FocusControl, Titles[S.Focus]) << S.Scan << " to " << S.Focus;
+    if (S.Byte1) EXPECT_EQ (T1->Control.State, 2);
+    Base ().PumpMessages ();
+  }
+  // The highlight moved on; the header has the owner's keyboard.
   EXPECT_EQ (T1->Control.State, 0);
-  EXPECT_EQ (Header (H)->SkipForward, 1);
-  Base ().PumpMessages ();
-  SendKey (H, 0, SCAN_CODE_RIGHT, 0);
-  EXPECT_EQ (H->FocusControl, T3);
-  Base ().PumpMessages ();
-  SendKey (H, 0, SCAN_CODE_RIGHT, 0);   // last: no wrap
-  EXPECT_EQ (H->FocusControl, T3);
-  SendKey (H, 0, SCAN_CODE_LEFT, 0);
-  EXPECT_EQ (H->FocusControl, T2);
-  Base ().PumpMessages ();
+  EXPECT_EQ (Owner->FocusControl, H);
   Base ().ClosePopup ();
   Base ().PumpMessages ();
 

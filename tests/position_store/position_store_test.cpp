@@ -5,6 +5,7 @@
 
 #include "env/settings/settings_service.h"
 #include "support/driver_fixture.h"
+#include "support/window_views.h"
 #include "util/position_store.h"
 
 namespace {
@@ -69,10 +70,7 @@ TEST_F (PositionStoreTest, LoadReadsStoredValueAndFreesIt) {
   Settings ().Set ("Surveyor", "Position", "120,80,640,480");
   UINT16 X = 1, Y = 2, Width = 400, Height = 300;
   ASSERT_TRUE (LoadWindowPosition (A8 ("Surveyor"), &X, &Y, &Width, &Height));
-  EXPECT_EQ (X, 120);
-  EXPECT_EQ (Y, 80);
-  EXPECT_EQ (Width, 640);
-  EXPECT_EQ (Height, 480);
+  EXPECT_EQ ((Rect {X, Y, Width, Height}), (Rect {120, 80, 640, 480}));
 
   // Other sections, missing keys and bad values leave the outputs alone.
   Settings ().Set ("FileCmp", "Position", "120,80,640");
@@ -81,37 +79,26 @@ TEST_F (PositionStoreTest, LoadReadsStoredValueAndFreesIt) {
   EXPECT_FALSE (LoadWindowPosition (A8 ("Nothing"), &X, &Y, &Width, &Height));
   Width = 700;   // the stored 640 is below this caller's minimum
   EXPECT_FALSE (LoadWindowPosition (A8 ("Surveyor"), &X, &Y, &Width, &Height));
-  EXPECT_EQ (X, 1);
-  EXPECT_EQ (Y, 2);
-  EXPECT_EQ (Width, 700);
-  EXPECT_EQ (Height, 300);
+  EXPECT_EQ ((Rect {X, Y, Width, Height}), (Rect {1, 2, 700, 300}));
 }
 
 TEST_F (PositionStoreTest, SaveWritesOnlyWhenTheRectangleChanges) {
-  unsigned Sets = Settings ().SetValueCount ();
-  unsigned Commits = Settings ().CommitCount ();
-  SaveWindowPosition (A8 ("FileCmp"), 30, 40, 200, 100);
-  std::string Value;
-  ASSERT_TRUE (Settings ().Get ("FileCmp", "Position", Value));
-  EXPECT_EQ (Value, "30,40,200,100");
-  EXPECT_EQ (Settings ().SetValueCount (), Sets + 1);
-  EXPECT_EQ (Settings ().CommitCount (), Commits + 1);
-
-  // The same rectangle again: nothing written (the minimum size plays no part).
-  SaveWindowPosition (A8 ("FileCmp"), 30, 40, 200, 100);
-  EXPECT_EQ (Settings ().SetValueCount (), Sets + 1);
-  EXPECT_EQ (Settings ().CommitCount (), Commits + 1);
-
-  SaveWindowPosition (A8 ("FileCmp"), 31, 40, 200, 100);
-  ASSERT_TRUE (Settings ().Get ("FileCmp", "Position", Value));
-  EXPECT_EQ (Value, "31,40,200,100");
-  EXPECT_EQ (Settings ().CommitCount (), Commits + 2);
-
+  unsigned Sets = Settings ().SetValueCount (), Commits = Settings ().CommitCount ();
+  // The value stored, then the writes and commits since the start.
+  auto Saved = [&] (UINT16 X) {
+    SaveWindowPosition (A8 ("FileCmp"), X, 40, 200, 100);
+    std::string Value;
+    Settings ().Get ("FileCmp", "Position", Value);
+    return Value + " " + std::to_string (Settings ().SetValueCount () - Sets) + " " +
+           std::to_string (Settings ().CommitCount () - Commits);
+  };
+  EXPECT_EQ (Saved (30), "30,40,200,100 1 1");
+  EXPECT_EQ (Saved (30), "30,40,200,100 1 1");   // the same rectangle: nothing written
+  EXPECT_EQ (Saved (31), "31,40,200,100 2 2");
   // A stored value off the screen does not count as the same rectangle.
   Settings ().Set ("FileCmp", "Position", "2000,40,200,100");
-  Sets = Settings ().SetValueCount ();
-  SaveWindowPosition (A8 ("FileCmp"), 2000, 40, 200, 100);
-  EXPECT_EQ (Settings ().SetValueCount (), Sets + 1);
+  Sets = Settings ().SetValueCount (), Commits = Settings ().CommitCount ();
+  EXPECT_EQ (Saved (2000), "2000,40,200,100 1 1");
 }
 
 class NoSettingsTest : public DriverTest {

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "env/controls/control_driver.h"
@@ -97,6 +98,18 @@ void DriverTest::WriteFile (int Volume, const std::string &Relative, const std::
 
 void DriverTest::MakeDir (int Volume, const std::string &Relative) {
   fs::create_directories (VolumePath (Volume) / Relative);
+}
+
+std::string DriverTest::VolumeTree (int Volume, const std::string &Relative) {
+  std::set<std::string> Entries;
+  fs::path Root = VolumePath (Volume) / Relative;
+  for (const fs::directory_entry &E : fs::recursive_directory_iterator (Root)) {
+    std::string Name = fs::relative (E.path (), Root).generic_string ();
+    Entries.insert (E.is_directory () ? Name + "/" : Name + "=" + ReadHostFile (E.path ()));
+  }
+  std::string Out;
+  for (const std::string &E : Entries) Out += (Out.empty () ? "" : " ") + E;
+  return Out;
 }
 
 SURVEYOR_PROTOCOL *DriverTest::Surveyor () {

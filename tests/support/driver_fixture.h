@@ -62,6 +62,9 @@ class DriverTest : public ::testing::Test {
   std::filesystem::path VolumePath (int Volume);
   void WriteFile (int Volume, const std::string &Relative, const std::string &Bytes);
   void MakeDir (int Volume, const std::string &Relative);
+  // Every folder ("name/") and file ("name=contents") below Relative on a
+  // volume, sorted, separated by spaces.
+  std::string VolumeTree (int Volume, const std::string &Relative = "");
 
   env::Environment &Env () { return *Env_; }
   env::Firmware &Fw () { return Env_->firmware (); }

@@ -69,6 +69,8 @@ class MainWindowTest : public DriverTest {
   }
   void Activate (MAIN_WINDOW *W, const std::string &Name) { Controls ().ActivateRow (W->List, Row (W, Name)); }
   std::string Path (MAIN_WINDOW *W) { return reinterpret_cast<const char *> (W->CurrentPath); }
+  // The folder shown and its depth, as "path depth".
+  std::string Where (MAIN_WINDOW *W) { return Path (W) + " " + std::to_string (W->Depth); }
 
   // File popup entry by its resource key, and the toolbar button with a command.
   env::PopupItemInfo FileItem (MAIN_WINDOW *W, const char *Key) {

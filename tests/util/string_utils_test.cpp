@@ -32,16 +32,14 @@ TEST (StringHelpers, LengthCopyAndAppend) {
   EXPECT_EQ (StringLength (A ("")), 0);
   EXPECT_EQ (StringLength (A ("abc")), 3);
 
-  Buffer B;
-  CopyStringN (B (), A ("abcdef"), 4);
-  EXPECT_EQ (B.Text (), "abc");
-  CopyStringN (B (), A ("abc"), 4);  // fits with its terminator: whole
-  EXPECT_EQ (B.Text (), "abc");
-  CopyStringN (B (), A ("abcdef"), 1);
-  EXPECT_EQ (B.Text (), "");
-  Buffer Untouched ("xy");
-  CopyStringN (Untouched (), A ("abcdef"), 0);
-  EXPECT_EQ (Untouched.Text (), "xy");
+  auto CopyN = [] (const char *Source, UINT16 Size) {
+    Buffer B ("xy");
+    CopyStringN (B (), A (Source), Size);
+    return B.Text ();
+  };
+  // "abc" fits with its terminator: whole; a size of 0 writes nothing.
+  EXPECT_EQ (CopyN ("abcdef", 4) + "|" + CopyN ("abc", 4) + "|" + CopyN ("abcdef", 1) + "|" + CopyN ("abcdef", 0),
+             "abc|abc||xy");
 
   Buffer C ("ab");
   EXPECT_EQ (AppendString (C (), A ("cde")), 5);
@@ -55,19 +53,14 @@ TEST (StringHelpers, LengthCopyAndAppend) {
 }
 
 TEST (StringHelpers, EqualityWithAndWithoutCase) {
-  EXPECT_TRUE (StringsEqual (A ("abc"), A ("abc")));
-  EXPECT_FALSE (StringsEqual (A ("abc"), A ("abcd")));
-  EXPECT_FALSE (StringsEqual (A ("abcd"), A ("abc")));
-  EXPECT_FALSE (StringsEqual (A ("ABC"), A ("abc")));
-  EXPECT_TRUE (StringsEqual (A (""), A ("")));
-
-  EXPECT_TRUE (NamesEqual (A ("ABC"), A ("abc")));
-  EXPECT_TRUE (NamesEqual (A ("Read Me.TXT"), A ("read me.txt")));
-  EXPECT_FALSE (NamesEqual (A ("ab"), A ("abc")));
-  EXPECT_FALSE (NamesEqual (A ("a["), A ("a{")));  // only letters fold
-  // Bytes of 0x80 or more are compared as they are (0xC1 is not 0xE1).
-  EXPECT_FALSE (NamesEqual (A ("\xC1\xA1"), A ("\xE1\xA1")));
-  EXPECT_TRUE (NamesEqual (A ("\xC1\xA1x"), A ("\xC1\xA1X")));
+  // Pairs, and whether StringsEqual and NamesEqual take them for equal: only
+  // ASCII letters fold, bytes of 0x80 or more are compared as they are.
+  const char *Pairs[][3] = {{"abc", "abc", "11"},   {"abc", "abcd", "00"}, {"abcd", "abc", "00"},
+                            {"ABC", "abc", "01"},   {"", "", "11"},        {"Read Me.TXT", "read me.txt", "01"},
+                            {"a[", "a{", "00"},     {"\xC1\xA1", "\xE1\xA1", "00"}, {"\xC1\xA1x", "\xC1\xA1X", "01"}};
+  for (auto &P : Pairs)
+    EXPECT_EQ (std::string () + "01"[StringsEqual (A (P[0]), A (P[1]))] + "01"[NamesEqual (A (P[0]), A (P[1]))], P[2])
+        << P[0] << " " << P[1];
 }
 
 TEST (StringHelpers, AppendFittedCutsInTheMiddle) {

@@ -8,7 +8,7 @@
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
 #include "support/window_views.h"
-#include "viewers/test_images.h"
+#include "support/image_builders.h"
 #include "viewers/viewer_records.h"
 #include "viewers/viewers.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 using test_images::AsString;
 using test_images::IcoColour;
-using Sizes = std::vector<std::pair<uint32_t, uint32_t>>;
+using Sizes = std::vector<std::pair<int, int>>;
 
 class PictureViewerTest : public DriverTest {
  protected:
@@ -46,6 +46,11 @@ class PictureViewerTest : public DriverTest {
   // The rectangle of a viewer's window; all zero when there is none.
   template <typename Viewer> Rect Placed (Viewer *V) { return V != nullptr ? RectOf (&V->Header) : Rect {}; }
   uint32_t Pixel (int X, int Y) { return Env ().gui ().PixelAt (X, Y); }
+  // The picture a viewer holds: "width x height x bits".
+  std::string Picture (IMAGE_VIEWER *V) {
+    return std::to_string (V->ImageWidth) + "x" + std::to_string (V->ImageHeight) + "x" +
+           std::to_string (V->BitsPerPixel);
+  }
 
   int Volume = -1;
 };
@@ -60,9 +65,7 @@ TEST_F (PictureViewerTest, ImageWindowIsPlacedBySizeRulesNotWhereAsked) {
   ASSERT_NE (Small, nullptr);
   EXPECT_EQ (Placed (Small), (Rect {452, 334, 120, 100}));
   EXPECT_EQ (Small->Header.ObjectSize, 296u);
-  EXPECT_EQ (Small->ImageWidth, 100);
-  EXPECT_EQ (Small->ImageHeight, 80);
-  EXPECT_EQ (Small->BitsPerPixel, 24);
+  EXPECT_EQ (Picture (Small), "100x80x24");
   EXPECT_NE (Small->Pixels, nullptr);
   EXPECT_NE (Small->Header.Flags & 0x80u, 0u);
   EXPECT_EQ (Env ().windows ().WindowText (&Small->Header), "PICS  \\small.bmp");
@@ -83,9 +86,7 @@ TEST_F (PictureViewerTest, OnlyBmpAndJpgByTheFirstDotAreOpened) {
   IMAGE_VIEWER *Photo = Image ("PHOTO.JPG", test_images::Jpeg (64, 48));
   ASSERT_NE (Photo, nullptr);
   EXPECT_EQ (Placed (Photo), (Rect {470, 350, 84, 68}));
-  EXPECT_EQ (Photo->ImageWidth, 64);
-  EXPECT_EQ (Photo->ImageHeight, 48);
-  EXPECT_EQ (Photo->BitsPerPixel, 24);
+  EXPECT_EQ (Picture (Photo), "64x48x24");
   EXPECT_NE (Image ("Mixed.Bmp", test_images::Bmp (8, 8)), nullptr);
 
   size_t Windows = Env ().windows ().TopLevelWindows ().size ();
@@ -103,16 +104,16 @@ TEST_F (PictureViewerTest, OnlyBmpAndJpgByTheFirstDotAreOpened) {
 }
 
 TEST_F (PictureViewerTest, DamagedImagesGiveNoWindow) {
-  auto Bmp = test_images::Bmp (100, 80);
-  Bmp.resize (200);
-  EXPECT_EQ (Image ("cut.bmp", Bmp), nullptr);
-  auto Jpeg = test_images::Jpeg (32, 32);
-  std::vector<uint8_t> Broken (Jpeg.begin (), Jpeg.begin () + 2);
+  auto Cut = test_images::Bmp (100, 80);
+  Cut.resize (200);
+  auto Broken = test_images::Jpeg (32, 32);   // its start marker, then junk
+  Broken.resize (2);
   Broken.insert (Broken.end (), 300, 0x55);
-  EXPECT_EQ (Image ("broken.jpg", Broken), nullptr);
-  EXPECT_EQ (Image ("empty.jpg", {}), nullptr);
-  EXPECT_EQ (Image ("empty.bmp", {}), nullptr);
-  EXPECT_EQ (Image ("text.bmp", std::vector<uint8_t> (64, 'B')), nullptr);
+  const std::pair<const char *, std::vector<uint8_t>> Damaged[] = {
+      {"cut.bmp", Cut},    {"broken.jpg", Broken},
+      {"empty.jpg", {}},   {"empty.bmp", {}},
+      {"text.bmp", std::vector<uint8_t> (64, 'B')}};
+  for (const auto &[Name, Bytes] : Damaged) EXPECT_EQ (Image (Name, Bytes), nullptr) << Name;
   EXPECT_TRUE (Env ().windows ().TopLevelWindows ().empty ());
   EXPECT_TRUE (Env ().windows ().MessageBoxes ().empty ());
 }
@@ -139,11 +140,10 @@ TEST_F (PictureViewerTest, ImagePaintingStretchesOrCentresThePictureOnWhite) {
   env::RenderDesktop (Env ());
   int DX = Client[0] + 1 + (Client[2] - 2 - 40) / 2;
   int DY = Client[1] + 1 + (Client[3] - 2 - 20) / 2;
-  EXPECT_EQ (Pixel (DX, DY), 0xCC0000u);
-  EXPECT_EQ (Pixel (DX + 39, DY + 19), 0xCC0000u);
-  EXPECT_EQ (Pixel (DX - 1, DY), 0xFFFFFFu);
-  EXPECT_EQ (Pixel (DX + 40, DY + 19), 0xFFFFFFu);
-  EXPECT_EQ (Pixel (DX, DY + 20), 0xFFFFFFu);
+  // Its corners, and white just left of, right of and below it.
+  EXPECT_EQ ((std::vector<uint32_t> {Pixel (DX, DY), Pixel (DX + 39, DY + 19), Pixel (DX - 1, DY),
+                                     Pixel (DX + 40, DY + 19), Pixel (DX, DY + 20)}),
+             (std::vector<uint32_t> {0xCC0000u, 0xCC0000u, 0xFFFFFFu, 0xFFFFFFu, 0xFFFFFFu}));
 
   // A resize notice with byte 1 set draws the picture and is not taken.
   uint64_t Before = Env ().gui ().DrawCount ();
@@ -186,11 +186,8 @@ TEST_F (PictureViewerTest, ThreeSmallIconsGiveA400By300WindowAndAreFreedWithIt) 
   EXPECT_EQ (Placed (Viewer), (Rect {20, 20, 400, 300}));
   EXPECT_EQ (Viewer->Header.ObjectSize, 328u);
   ASSERT_EQ (Viewer->IconCount, 3);
-  for (int I = 0; I < 3; I++) {
-    EXPECT_EQ (Viewer->Icons[I].Width, 32);
-    EXPECT_EQ (Viewer->Icons[I].Height, 32);
-    EXPECT_LT (Viewer->Icons[I].IconId, ICON_NONE);
-  }
+  for (int I = 0; I < 3; I++)
+    EXPECT_TRUE (Viewer->Icons[I].Width == 32 && Viewer->Icons[I].Height == 32 && Viewer->Icons[I].IconId < ICON_NONE);
   EXPECT_EQ (Env ().windows ().WindowText (&Viewer->Header), "PICS  \\three.ico");
   EXPECT_EQ (Env ().windows ().LiveIconCount (), IconsBefore + 3);
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "images/image_builders.h"
+#include "support/image_builders.h"
 #include "support/driver_fixture.h"
 #include "windows/window_test_support.h"
 

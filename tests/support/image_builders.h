@@ -1,13 +1,25 @@
-// Hand-made BMP, ICO and PNG files for the decoder tests.
+// Hand-made picture files for the decoder, viewer and benchmark code: BMP
+// (1 to 32 bits), ICO, PNG through libpng and baseline JPEG through libjpeg.
 #pragma once
 
 #include <png.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
+#include <string>
+#include <utility>
 #include <vector>
 
+// The firmware headers define INT32 and INT16 already; libjpeg's own
+// definitions are skipped (the library does not use them internally).
+#ifndef XMD_H
+#define XMD_H
+#endif
+#include <jpeglib.h>
+
 namespace test_images {
+
 
 using Bytes = std::vector<uint8_t>;
 
@@ -110,8 +122,8 @@ inline Bytes MakeIco (const std::vector<IcoImage> &Images) {
   Put16 (B, 4, static_cast<uint32_t> (Images.size ()));
   for (size_t I = 0; I < Images.size (); I++) {
     size_t E = 6 + 16 * I;
-    B[E] = Images[I].Width & 0xFF;
-    B[E + 1] = Images[I].Height & 0xFF;
+    B[E] = Images[I].Width >= 256 ? 0 : Images[I].Width;   // 0 stands for 256 and more
+    B[E + 1] = Images[I].Height >= 256 ? 0 : Images[I].Height;
     Put16 (B, E + 4, 1);
     Put16 (B, E + 6, Images[I].Bpp);
     Put32 (B, E + 8, static_cast<uint32_t> (Images[I].Data.size ()));
@@ -119,6 +131,62 @@ inline Bytes MakeIco (const std::vector<IcoImage> &Images) {
     B.insert (B.end (), Images[I].Data.begin (), Images[I].Data.end ());
   }
   return B;
+}
+
+inline std::string AsString (const Bytes &B) { return std::string (B.begin (), B.end ()); }
+
+inline uint32_t Checker (int X, int Y) { return ((X / 4 + Y / 4) % 2) ? 0xFFFF0000u : 0xFF0000FFu; }
+
+// A bottom-up BMP of 24 or 32 bits.
+inline Bytes Bmp (int W, int H, int Bpp = 24, const PixelFn &Px = Checker) { return MakeBmp (W, H, Bpp, false, Px); }
+
+// Opaque colour of image I of the ICO files written by Ico (0x00RRGGBB).
+inline uint32_t IcoColour (size_t I) { return 0x102030u + 0x200810u * (uint32_t)I; }
+
+// An ICO file of 32-bit images of the given sizes, image I filled with
+// IcoColour (I). ClaimedCount, when set, replaces the image count of the
+// header (the directory then lists only the images really present).
+inline Bytes Ico (const std::vector<std::pair<int, int>> &Sizes, int ClaimedCount = -1) {
+  std::vector<IcoImage> Images;
+  for (auto [W, H] : Sizes) {
+    uint32_t Colour = 0xFF000000u | IcoColour (Images.size ());
+    Images.push_back (
+        {W, H, 32, MakeIconDib (W, H, 32, [=] (int, int) { return Colour; }, [] (int, int) { return false; })});
+  }
+  Bytes B = MakeIco (Images);
+  if (ClaimedCount >= 0) Put16 (B, 4, static_cast<uint32_t> (ClaimedCount));
+  return B;
+}
+
+inline Bytes Jpeg (int W, int H, const PixelFn &Px = Checker, int Quality = 90) {
+  jpeg_compress_struct Info;
+  jpeg_error_mgr Errors;
+  Info.err = jpeg_std_error (&Errors);
+  jpeg_create_compress (&Info);
+  unsigned char *Buffer = nullptr;
+  unsigned long Size = 0;
+  jpeg_mem_dest (&Info, &Buffer, &Size);
+  Info.image_width = W;
+  Info.image_height = H;
+  Info.input_components = 3;
+  Info.in_color_space = JCS_RGB;
+  jpeg_set_defaults (&Info);
+  jpeg_set_quality (&Info, Quality, TRUE);
+  jpeg_start_compress (&Info, TRUE);
+  Bytes Row (size_t (W) * 3);
+  while (Info.next_scanline < Info.image_height) {
+    for (int X = 0; X < W; X++) {
+      uint32_t P = Px (X, Info.next_scanline);
+      Row[X * 3] = (P >> 16) & 0xFF, Row[X * 3 + 1] = (P >> 8) & 0xFF, Row[X * 3 + 2] = P & 0xFF;
+    }
+    JSAMPROW Rows[1] = {Row.data ()};
+    jpeg_write_scanlines (&Info, Rows, 1);
+  }
+  jpeg_finish_compress (&Info);
+  jpeg_destroy_compress (&Info);
+  Bytes Out (Buffer, Buffer + Size);
+  free (Buffer);
+  return Out;
 }
 
 }  // namespace test_images
