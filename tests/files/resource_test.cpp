@@ -60,43 +60,31 @@ TEST_F (ResourceTest, SectionsKeysAndTheNullSection) {
       "empty =\n"
       "quoted = \"  padded  \"\n"
       "noequals line\n");
-  EXPECT_EQ (Get (nullptr, "TopKey"), "top value");
-  EXPECT_EQ (Get (nullptr, "Spaced Key"), "spaced value");
-  EXPECT_EQ (Get (nullptr, "# another"), "<false>");     // comments are no keys
-  EXPECT_EQ (Get (nullptr, "File"), "<false>");           // keys of a section are not in the null one
-  EXPECT_EQ (Get ("File Menu", "TopKey"), "<false>");     // and the reverse
-  EXPECT_EQ (Get ("File Menu", "File"), "File(F)");
-  EXPECT_EQ (Get ("File Menu", "Help"), "Help(H)");
-  EXPECT_EQ (Get ("FileMenu", "File"), "<false>");
-  EXPECT_EQ (Get ("toolbar", "back"), "Up");
-  EXPECT_EQ (Get ("TOOLBAR", "BACK"), "Up");              // ASCII case does not matter
-  EXPECT_EQ (Get ("toolbar", "same"), "toolbar's");
-  EXPECT_EQ (Get ("FileMenu", "same"), "filemenu's");
-  EXPECT_EQ (Get ("FileMenu", "equation"), "a=b=c");
-  EXPECT_EQ (Get ("FileMenu", "empty"), "");
-  EXPECT_EQ (Get ("FileMenu", "quoted"), "  padded  ");
-  EXPECT_EQ (Get ("FileMenu", "noequals line"), "<false>");
-  EXPECT_EQ (Get ("Missing", "back"), "<false>");
-  EXPECT_EQ (Get ("toolbar", "missing"), "<false>");
-  EXPECT_EQ (Get ("toolbar", nullptr), "<false>");
-  EXPECT_EQ (Get ("File", "File"), "<false>");            // a section name is matched whole
+  // Comments are no keys; the null section and the named ones do not mix;
+  // ASCII case does not matter; a section name is matched whole.
+  const std::pair<const char *, const char *> Queries[] = {
+      {nullptr, "TopKey"},    {nullptr, "Spaced Key"}, {nullptr, "# another"},    {nullptr, "File"},
+      {"File Menu", "TopKey"}, {"File Menu", "File"},  {"File Menu", "Help"},     {"FileMenu", "File"},
+      {"toolbar", "back"},    {"TOOLBAR", "BACK"},     {"toolbar", "same"},       {"FileMenu", "same"},
+      {"FileMenu", "equation"}, {"FileMenu", "empty"}, {"FileMenu", "quoted"},    {"FileMenu", "noequals line"},
+      {"Missing", "back"},    {"toolbar", "missing"},  {"toolbar", nullptr},      {"File", "File"}};
+  std::string Got;
+  for (auto [Section, Key] : Queries) Got += Get (Section, Key) + "|";
+  EXPECT_EQ (Got, "top value|spaced value|<false>|<false>|<false>|File(F)|Help(H)|<false>|Up|Up|toolbar's|filemenu's|"
+                  "a=b=c||  padded  |<false>|<false>|<false>|<false>|<false>|");
 }
 
 TEST_F (ResourceTest, LineEndsAndOddBytes) {
   WriteResource ("[A]\r\nk1=one\r\nk2 = two \r\n[B]\rk3=three\r[C]\nlast=no newline");
-  EXPECT_EQ (Get ("A", "k1"), "one");
-  EXPECT_EQ (Get ("A", "k2"), "two");
-  EXPECT_EQ (Get ("B", "k3"), "three");
-  EXPECT_EQ (Get ("C", "last"), "no newline");
+  EXPECT_EQ (Get ("A", "k1") + Get ("A", "k2") + Get ("B", "k3") + Get ("C", "last"), "onetwothreeno newline");
 
   std::string Binary = "[Bin]\nhigh=\xC4\xE3\xBA\xC3 \x01\x7F\xFF\nafter=ok\n";
   Binary += "nul=a\0b\n"s;
   Binary += "\0\0garbage\xFE\n[Next]\nkey=fine\n"s;
   WriteResource (Binary);
-  EXPECT_EQ (Get ("Bin", "high"), "\xC4\xE3\xBA\xC3 \x01\x7F\xFF");
-  EXPECT_EQ (Get ("Bin", "after"), "ok");
-  EXPECT_EQ (Get ("Bin", "nul"), "a");                     // a NUL ends the text as the caller sees it
-  EXPECT_EQ (Get ("Next", "key"), "fine");
+  // A NUL ends the text as the caller sees it.
+  EXPECT_EQ (Get ("Bin", "high") + "|" + Get ("Bin", "after") + "|" + Get ("Bin", "nul") + "|" + Get ("Next", "key"),
+             "\xC4\xE3\xBA\xC3 \x01\x7F\xFF|ok|a|fine");
 
   WriteResource ("");
   EXPECT_EQ (Get (nullptr, "key"), "<false>");
@@ -206,21 +194,13 @@ TEST (ShippedResources, EveryKeyIsPresentWithItsConversions) {
     for (auto It = std::sregex_iterator (Value.begin (), Value.end (), Conversion); It != std::sregex_iterator (); ++It)
       Conversions += It->str ();
     std::string Name = K.Name;
-    if (Name == "files_total" || Name == "files_selected" || Name == "tipCurrentPage" ||
-        Name.rfind ("left_", 0) == 0)
-      EXPECT_EQ (Conversions, "%d") << Name << ": " << Value;
-    else if (Name == "SearchStatus")
-      EXPECT_EQ (Conversions, "%d%d") << Value;
-    else if (Name == "tipFileInfo")
-      EXPECT_EQ (Conversions, "%ld%d") << Value;
-    else
-      EXPECT_EQ (Conversions, "") << Name << " must hold no conversion: " << Value;
+    bool One = Name == "files_total" || Name == "files_selected" || Name == "tipCurrentPage" || Name.rfind ("left_", 0) == 0;
+    EXPECT_EQ (Conversions, One ? "%d" : Name == "SearchStatus" ? "%d%d" : Name == "tipFileInfo" ? "%ld%d" : "")
+        << Name << ": " << Value;
+    // The menu titles need their hotkeys.
+    if (Name == "File" || Name == "Help") EXPECT_NE (Value.find (Name == "File" ? "(F)" : "(H)"), std::string::npos);
   }
   std::string Value;
-  ASSERT_TRUE (env::LookupResourceString (Text, "File Menu", "File", Value));
-  EXPECT_NE (Value.find ("(F)"), std::string::npos) << "the File title needs its hotkey";
-  ASSERT_TRUE (env::LookupResourceString (Text, "File Menu", "Help", Value));
-  EXPECT_NE (Value.find ("(H)"), std::string::npos) << "the Help title needs its hotkey";
   // Status formats are printed into 64-byte buffers with numbers of up to 10 digits.
   for (const char *Format : {"files_total", "files_selected", "SearchStatus"}) {
     ASSERT_TRUE (env::LookupResourceString (Text, nullptr, Format, Value));

