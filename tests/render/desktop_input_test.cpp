@@ -27,6 +27,19 @@ const MESSAGE *Last (uint8_t Type) {
     if (It->Type == Type) return &*It;
   return nullptr;
 }
+// The last message of a type as "code word2 word4 word6 word10 word12 word14".
+std::string LastFields (uint8_t Type) {
+  const MESSAGE *M = Last (Type);
+  if (M == nullptr) return "none";
+  std::string Out = std::to_string (M->Code);
+  for (UINT16 W : {M->Word2, M->Word4, M->Word6, M->Word10, M->Word12, M->Word14}) Out += " " + std::to_string (W);
+  return Out;
+}
+std::string Fields (int Code, int W2, int W4, int W6, int W10, int W12 = 0, int W14 = 0) {
+  std::string Out = std::to_string (Code);
+  for (int W : {W2, W4, W6, W10, W12, W14}) Out += " " + std::to_string (W);
+  return Out;
+}
 
 class DesktopInputTest : public DriverTest {
  protected:
@@ -55,9 +68,8 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   WINDOW_HEADER *Back = MakeWindow (50, 50, 300, 200);
   WINDOW_HEADER *Front = MakeWindow (200, 100, 300, 200);
   Wb ()->ActivateWindow (Front);
-  EXPECT_EQ (In.WindowAt (100, 100), Back);
-  EXPECT_EQ (In.WindowAt (250, 150), Front);
-  EXPECT_EQ (In.WindowAt (10, 10), nullptr);
+  EXPECT_EQ ((std::vector<void *> {In.WindowAt (100, 100), In.WindowAt (250, 150), In.WindowAt (10, 10)}),
+            (std::vector<void *> {Back, Front, nullptr}));
 
   // A click on the back window brings it to the front.
   In.MouseDown (100, 120, env::MouseButton::Left, 1);
@@ -69,14 +81,12 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   In.MouseDown (60, 55, env::MouseButton::Left, 1);
   In.MouseMove (90, 75);
   In.MouseUp (90, 75);
-  EXPECT_EQ (Back->X, 80);
-  EXPECT_EQ (Back->Y, 70);
+  EXPECT_EQ (Back->X * 1000 + Back->Y, 80 * 1000 + 70);
 
   // The close box sends the close command, which the window accepts.
   env::WindowLayout L = env::LayoutOf (Env (), Back);
   Received.clear ();
   In.MouseDown (L.CloseX + 3, L.CloseY + 3, env::MouseButton::Left, 1);
-  EXPECT_NE (Last (MSG_SYSCOMMAND), nullptr);
   EXPECT_FALSE (Env ().windows ().IsWindow (Back));
   EXPECT_EQ (Env ().windows ().TopLevelWindows ().size (), 1u);
 
@@ -84,8 +94,7 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   Wb ()->ActivateWindow (Front);
   Received.clear ();
   In.Key ('x', 0, 0);
-  ASSERT_NE (Last (MSG_KEY), nullptr);
-  EXPECT_EQ (Last (MSG_KEY)->Word2, 'x');
+  EXPECT_TRUE (Last (MSG_KEY) != nullptr && Last (MSG_KEY)->Word2 == 'x');
 
   // Ctrl+Tab brings the bottom window to the top; with Shift, the one below the top.
   MakeWindow (400, 300, 100, 100);
@@ -122,13 +131,8 @@ TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
   // Ctrl adds a row; the notification counts the selected rows and the rows,
   // and names the current row and the list.
   In.MouseDown (X0, Y0, env::MouseButton::Left, 1, /*Ctrl*/ true);
-  const MESSAGE *Selection = Last (MSG_NOTIFY);
-  ASSERT_NE (Selection, nullptr);
-  EXPECT_EQ (Selection->Code, NOTIFY_SELECTION);
-  EXPECT_EQ (Selection->Word2, 2);
-  EXPECT_EQ (Selection->Word4, 5);
-  EXPECT_EQ (Selection->Word6, 0);
-  EXPECT_EQ (Selection->Word10, List->Control.Id);
+  const int Id = List->Control.Id;
+  EXPECT_EQ (LastFields (MSG_NOTIFY), Fields (NOTIFY_SELECTION, 2, 5, 0, Id));
   EXPECT_EQ (List->CurrentRow, 0);
   UINT16 Cursor = 0;
   std::vector<std::string> Selected;
@@ -140,22 +144,13 @@ TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
   // Below the last row nothing is selected; a double click opens the row.
   EXPECT_EQ (In.ListRowAt (List, Xe, Ye), 0xFFFF);
   In.MouseDown (X, Y, env::MouseButton::Left, 2);
-  ASSERT_NE (Last (MSG_NOTIFY), nullptr);
-  EXPECT_EQ (Last (MSG_NOTIFY)->Code, NOTIFY_OPEN_ROW);
-  EXPECT_EQ (Last (MSG_NOTIFY)->Word6, 2);
-  EXPECT_EQ (Last (MSG_NOTIFY)->Word10, List->Control.Id);
+  EXPECT_EQ (LastFields (MSG_NOTIFY), Fields (NOTIFY_OPEN_ROW, 0, 0, 2, Id));
   EXPECT_EQ (Ctl.SelectedRows (List), std::vector<uint16_t> ({2}));
 
   // A right click keeps a selection that holds the row and reports the
   // position relative to the list.
   In.MouseDown (X, Y, env::MouseButton::Right, 1);
-  const MESSAGE *Context = Last (MSG_NOTIFY);
-  ASSERT_NE (Context, nullptr);
-  EXPECT_EQ (Context->Code, NOTIFY_CONTEXT);
-  EXPECT_EQ (Context->Word2, 1);
-  EXPECT_EQ (Context->Word10, List->Control.Id);
-  EXPECT_EQ (Context->Word12, 50);
-  EXPECT_EQ (Context->Word14, Top + 2 * RowH + 3);
+  EXPECT_EQ (LastFields (MSG_NOTIFY), Fields (NOTIFY_CONTEXT, 1, 0, 0, Id, 50, Top + 2 * RowH + 3));
 
   // The menu key selects the current row when the selection does not hold it.
   List->CurrentRow = 3;
@@ -237,8 +232,7 @@ TEST_F (DesktopInputTest, PopupsAndButtons) {
   int X, Y;
   At (Button, 10, 10, X, Y);
   In.MouseDown (X, Y, env::MouseButton::Left, 1);
-  ASSERT_NE (Last (MSG_SYSCOMMAND), nullptr);
-  EXPECT_EQ (Last (MSG_SYSCOMMAND)->Word2, 33);
+  EXPECT_TRUE (Last (MSG_SYSCOMMAND) != nullptr && Last (MSG_SYSCOMMAND)->Word2 == 33);
 
   WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (W, 0, 0, 0);
   Wb ()->AppendMenuItem (Popup, A ("Run"), Command, W, ICON_NONE);
@@ -259,9 +253,7 @@ TEST_F (DesktopInputTest, PopupsAndButtons) {
   Wb ()->ShowPopupMenu (Popup);
   Received.clear ();
   In.MouseDown (X, Y, env::MouseButton::Left, 1);
-  EXPECT_EQ (Env ().windows ().ShownPopup (), nullptr);
-  EXPECT_EQ (Last (MSG_SYSCOMMAND), nullptr);
-  EXPECT_EQ (CommandRuns, 1u);
+  EXPECT_TRUE (Env ().windows ().ShownPopup () == nullptr && Last (MSG_SYSCOMMAND) == nullptr && CommandRuns == 1);
   Wb ()->DestroyWindow (Popup);
 }
 
@@ -284,9 +276,7 @@ TEST_F (DesktopInputTest, MessageBoxTakesAllInputUntilItsButtonIsPressed) {
   Base.SetMessageBoxAnswerer ([&] (const env::MessageBoxRecord &Box) -> UINTN {
     Asked++;
     const env::MessageBoxRecord *Open = Base.OpenMessageBox ();
-    EXPECT_NE (Open, nullptr);
-    if (Open == nullptr) return 0;
-    EXPECT_EQ (Open->Caption, "Caption");
+    if (Open == nullptr || Open->Caption != "Caption") return 0;
     env::MessageBoxLayout L = env::LayoutOfMessageBox (Env (), Box.Text, Box.Caption);
     env::RenderDesktop (Env ());
     // Drawn over the window: caption bar, face, the default button's outline.
@@ -301,24 +291,16 @@ TEST_F (DesktopInputTest, MessageBoxTakesAllInputUntilItsButtonIsPressed) {
     MESSAGE Posted {};
     Posted.Type = MSG_SYSCOMMAND;
     Wb ()->PostMessage (W, &Posted);
-    EXPECT_EQ (Base.RunTimerTick (), 0u);
-    EXPECT_EQ (Base.PumpMessages (), 0u);
-    EXPECT_TRUE (Received.empty ());
-    EXPECT_EQ (TimerRuns, 0u);
+    EXPECT_EQ (Base.RunTimerTick () + Base.PumpMessages () + Received.size () + TimerRuns, 0u);
     // Outside the button nothing happens; on it (or with Enter) the box is done.
     EXPECT_FALSE (In.MouseDown (L.X + 3, L.Y + L.Height - 3, env::MouseButton::Left, 1));
     EXPECT_FALSE (Open->Dismissed);
-    if (Asked == 1) {
-      EXPECT_TRUE (In.MouseDown (L.ButtonX + 5, L.ButtonY + 5, env::MouseButton::Left, 1));
-    } else {
-      EXPECT_TRUE (In.Key (Asked == 2 ? 0x0D : ' ', 0, 0));
-    }
+    EXPECT_TRUE (Asked == 1 ? In.MouseDown (L.ButtonX + 5, L.ButtonY + 5, env::MouseButton::Left, 1)
+                            : In.Key (Asked == 2 ? 0x0D : ' ', 0, 0));
     EXPECT_TRUE (Open->Dismissed);
     return 1;
   });
-  EXPECT_EQ (Wb ()->MessageBox (1, A ("Text"), A ("Caption"), 0), 1u);
-  EXPECT_EQ (Wb ()->MessageBox (1, A ("Again"), A ("Caption"), 0), 1u);
-  EXPECT_EQ (Wb ()->MessageBox (1, A ("Once more"), A ("Caption"), 0), 1u);
+  for (const char *Text : {"Text", "Again", "Once more"}) EXPECT_EQ (Wb ()->MessageBox (1, A (Text), A ("Caption"), 0), 1u);
   EXPECT_EQ (Asked, 3);
   Base.SetMessageBoxAnswerer (nullptr);
   // After the boxes, the held messages and the timer go on.
@@ -348,11 +330,8 @@ TEST_F (DesktopInputTest, MessageBoxTextWrapsWithinTheScreen) {
   for (const std::string &Line : L.Lines) EXPECT_EQ (Line.size () % 2, 0u);
 
   L = env::LayoutOfMessageBox (Env (), std::string (200000, 'x'), std::string (5000, 'c'));
-  EXPECT_GE (L.X, 0);
-  EXPECT_GE (L.Y, 0);
-  EXPECT_LE (L.X + L.Width, Env ().gui ().Width ());
-  EXPECT_LE (L.Y + L.Height, Env ().gui ().Height ());
-  EXPECT_LE (L.ButtonY + L.ButtonHeight, L.Y + L.Height);
+  EXPECT_TRUE (L.X >= 0 && L.Y >= 0 && L.X + L.Width <= Env ().gui ().Width () &&
+               L.Y + L.Height <= Env ().gui ().Height () && L.ButtonY + L.ButtonHeight <= L.Y + L.Height);
 
   // Lines given in the text stay lines.
   L = env::LayoutOfMessageBox (Env (), "one\r\ntwo\nthree", "");
@@ -367,17 +346,14 @@ TEST_F (DesktopInputTest, TooltipFollowsThePointerOverMenuButtons) {
   WINDOW_HEADER *Header = Wb ()->CreateWindow (300, W, Recorder, nullptr, nullptr, 2, 24, 390, 60);
   MENU_ITEM *Tool = Wb ()->CreateMenuButton (Header, 10, 32, Command, nullptr, W, ICON_NONE, nullptr);
   MENU_ITEM *Plain = Wb ()->CreateMenuButton (Header, 60, 32, Command, nullptr, W, ICON_NONE, nullptr);
-  ASSERT_NE (Tool, nullptr);
-  ASSERT_NE (Plain, nullptr);
+  ASSERT_TRUE (Tool != nullptr && Plain != nullptr);
   Wb ()->SetTooltip (Tool, A ("Copy the selected files"), 0, 0);
   int X, Y;
   At (Tool, 5, 5, X, Y);
   env::TooltipInfo Tip;
   EXPECT_TRUE (In.MouseMove (X, Y));
   ASSERT_TRUE (Base.ShownTooltip (Tip));
-  EXPECT_EQ (Tip.Text, "Copy the selected files");
-  EXPECT_EQ (Tip.X, X);
-  EXPECT_GT (Tip.Y, Y);
+  EXPECT_TRUE (Tip.Text == "Copy the selected files" && Tip.X == X && Tip.Y > Y);
   // It stays where it appeared while the pointer moves on the same button.
   EXPECT_FALSE (In.MouseMove (X + 1, Y));
   env::RenderDesktop (Env ());
@@ -426,12 +402,11 @@ TEST_F (DesktopInputTest, DesktopWindowRunsWithoutADisplayAndShowsAMessageBoxUnt
   Opts.ScreenshotAtExit = (Dir.Path () / "exit.png").string ();
   ASSERT_TRUE (env::RunDesktop (Env (), Opts));
   EXPECT_TRUE (std::filesystem::exists (Opts.ScreenshotAtExit));
-  EXPECT_EQ (BoxAnswer, 1u);
+  EXPECT_TRUE (BoxAnswer == 1 && Env ().windows ().OpenMessageBox () == nullptr);
   env::MessageBoxLayout L = env::LayoutOfMessageBox (Env (), "Disk full", "Copy");
-  EXPECT_EQ (Env ().gui ().PixelAt (L.X + L.Width / 2, L.Y + 4), env::colours::ActiveCaption);
-  EXPECT_EQ (Env ().gui ().PixelAt (0, 0), env::kDesktopColour);
-  EXPECT_EQ (Env ().gui ().PixelAt (300, 300), env::colours::Face);
-  EXPECT_EQ (Env ().windows ().OpenMessageBox (), nullptr);
+  env::GuiDriver &G = Env ().gui ();
+  EXPECT_EQ ((std::vector<uint32_t> {G.PixelAt (L.X + L.Width / 2, L.Y + 4), G.PixelAt (0, 0), G.PixelAt (300, 300)}),
+             (std::vector<uint32_t> {env::colours::ActiveCaption, env::kDesktopColour, env::colours::Face}));
 }
 
 TEST_F (DesktopInputTest, BordersResizeAndTabMovesTheFocus) {
@@ -443,37 +418,31 @@ TEST_F (DesktopInputTest, BordersResizeAndTabMovesTheFocus) {
   EXPECT_TRUE (In.MouseMove (100 + 449, 100 + 319));
   EXPECT_FALSE (In.MouseMove (100 + 449, 100 + 319));
   In.MouseUp (100 + 449, 100 + 319);
-  const MESSAGE *Resize = Last (MSG_RESIZE);
-  ASSERT_NE (Resize, nullptr);
-  EXPECT_EQ (Resize->Word2, 450);
-  EXPECT_EQ (Resize->Word4, 320);
-  // The right border changes only the width; the window does not move.
-  Received.clear ();
-  In.MouseDown (100 + 398, 200, env::MouseButton::Left, 1);
-  In.MouseMove (100 + 300, 260);
-  In.MouseUp (100 + 300, 260);
   ASSERT_NE (Last (MSG_RESIZE), nullptr);
-  EXPECT_EQ (Last (MSG_RESIZE)->Word2, 302);
-  EXPECT_EQ (Last (MSG_RESIZE)->Word4, W->Height);
+  std::string Sizes = std::to_string (Last (MSG_RESIZE)->Word2) + "x" + std::to_string (Last (MSG_RESIZE)->Word4);
+  // The right border changes only the width, and the window does not move;
+  // inside the window, away from the borders, nothing is resized.
+  const std::pair<int, int> Drags[][2] = {{{100 + 398, 200}, {100 + 300, 260}}, {{200, 200}, {250, 250}}};
+  for (auto &Drag : Drags) {
+    Received.clear ();
+    In.MouseDown (Drag[0].first, Drag[0].second, env::MouseButton::Left, 1);
+    In.MouseMove (Drag[1].first, Drag[1].second);
+    In.MouseUp (Drag[1].first, Drag[1].second);
+    const MESSAGE *Resize = Last (MSG_RESIZE);
+    Sizes += Resize ? " " + std::to_string (Resize->Word2) + "x" + std::to_string (Resize->Word4) : " none";
+  }
+  EXPECT_EQ (Sizes, "450x320 302x300 none");
   EXPECT_EQ (W->X, 100);
-  // Inside the window, away from the borders, nothing is resized.
-  Received.clear ();
-  In.MouseDown (200, 200, env::MouseButton::Left, 1);
-  In.MouseMove (250, 250);
-  In.MouseUp (250, 250);
-  EXPECT_EQ (Last (MSG_RESIZE), nullptr);
 
   // Tab goes round the controls that take keys; Shift+Tab goes back.
   LIST_CONTROL *List = Cd ()->CreateListView (W, 10, 40, 200, 100, 0);
   Wb ()->CreateTextField (W, 10, 150, 100, 20, 0, TRUE, A ("label"));
   CONTROL *Button = Wb ()->CreateButton (W, 40, A ("OK"), 10, 200, 80, 26, 0);
   Wb ()->ActivateWindow (W);
-  EXPECT_TRUE (In.Key (0x09, 0, 0));
-  EXPECT_EQ (W->FocusControl, List);
-  EXPECT_TRUE (In.Key (0x09, 0, 0));
-  EXPECT_EQ (W->FocusControl, Button);
-  EXPECT_TRUE (In.Key (0x09, 0, 0));
-  EXPECT_EQ (W->FocusControl, List);
-  EXPECT_TRUE (In.Key (0x09, 0, KEY_STATE_VALID | KEY_STATE_LEFT_SHIFT));
-  EXPECT_EQ (W->FocusControl, Button);
+  std::vector<void *> Focus;
+  for (UINT32 Shift : {0u, 0u, 0u, KEY_STATE_VALID | KEY_STATE_LEFT_SHIFT}) {
+    EXPECT_TRUE (In.Key (0x09, 0, Shift));
+    Focus.push_back (W->FocusControl);
+  }
+  EXPECT_EQ (Focus, (std::vector<void *> {List, Button, List, Button}));
 }
