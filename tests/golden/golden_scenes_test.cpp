@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 
@@ -200,6 +201,44 @@ TEST_F (GoldenScene, MessageBoxOverTheWindow) {
   Base ().SetMessageBoxAnswerer (nullptr);
   ASSERT_FALSE (Shown.Pixels.empty ()) << "no message box was shown";
   ExpectGolden ("message_box", Shown);
+}
+
+UINT8 EFIAPI IgnoreMessages (WINDOW_HEADER *, MESSAGE *) { return 0; }
+
+// The renderer's controls: a field whose text ends in an ellipsis, labels
+// wider than their buttons (one button five characters wide for "Pause"), a
+// label 0 wide shown whole, a text view wrapping at word ends, a combo box
+// showing its choice, a tree whose open root shows "-" and closed folder "+",
+// and a list with an in-place edit framed over its new row.
+TEST_F (GoldenScene, ControlsOfEveryKind) {
+  auto A = [] (const char *S) { return reinterpret_cast<const CHAR8 *> (S); };
+  WINDOW_HEADER *Win = Wb ()->CreateWindow (300, Wb ()->Desktop, IgnoreMessages, nullptr, nullptr, 0, 0, 640, 480);
+  Wb ()->SetWindowText (Win, A ("Controls"));
+  Wb ()->CreateTextField (Win, 10, 30, 100, 26, 0, TRUE, A ("WWWWWWWWWWWWWWW"));
+  Wb ()->CreateButton (Win, 35, A (">>!0"), 10, 70, 24, 26, 0);
+  Wb ()->CreateButton (Win, 36, A (">>!0"), 60, 70, 80, 26, 0);
+  Wb ()->CreateButton (Win, 37, A ("Pause"), 160, 70, 40, 26, 0);
+  Wb ()->CreateTextField (Win, 10, 110, 0, 26, 0, FALSE, A ("Result:"));
+  const char *Body = "first line\nsecond line is long enough that it must wrap twice inside the narrow box";
+  CONTROL_RECT R {10, 150, 200, 120};
+  Cd ()->CreateTextView (Win, 5, A (Body), static_cast<UINT16> (strlen (Body) + 1), &R);
+  COMBO_BOX *Combo = Cd ()->CreateComboBox (220, 30, 150, 26, 0, Win);
+  Cd ()->AddComboItem (Combo, A ("Volume A"), 0);
+  Cd ()->AddComboItem (Combo, A ("Volume B"), 0);
+  Env ().controls ().ChooseComboRow (Combo, 1);
+  FILE_LIST *Tree = Cd ()->CreateFileList (Win, 220, 150, 200, 120, 0);
+  struct {
+    CHAR8 Name[216];
+  } Docs {{'d', 'o', 'c', 's'}};
+  Cd ()->AddFileListItem (Tree, TRUE, ICON_NONE, 0, "\\", A ("\\"));
+  Cd ()->AddFileListItem (Tree, TRUE, ICON_NONE, 0, &Docs, A ("\\"));
+  LIST_CONTROL *List = Cd ()->CreateListView (Win, 430, 30, 200, 200, 0);
+  Cd ()->AddColumn (List, A ("Name"), 64, 150, TRUE, FALSE);
+  Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 10, &Docs);
+  Cd ()->BeginNewItem (List, ICON_NONE, TRUE, A ("new dir"));
+  ASSERT_TRUE (Env ().controls ().Editing (List));
+  ExpectGolden ("controls", Screen ());
+  Env ().controls ().FinishEdit (List, "", false);
 }
 
 TEST_F (GoldenScene, HexViewer) {
