@@ -108,17 +108,31 @@ class GoldenScene : public DriverTest {
   }
 };
 
-TEST_F (GoldenScene, MainWindowWithAListing) {
+// One main window in turn: the About box of the Help menu over it, a toolbar
+// button's tooltip, the list's menu with a greyed item, and a selected row.
+TEST_F (GoldenScene, MainWindowWithItsBoxMenuTooltipAndSelection) {
+  SkipPoolCheck ();   // the menus live as long as the driver
   MAIN_WINDOW *W = OpenMain (ListingVolume ());
   ASSERT_NE (W, nullptr);
   ASSERT_EQ (W->List->RowCount, 4);
-  Env ().controls ().SelectRows (W->List, {2});
-  ExpectGolden ("main_window", Screen ());
-}
+  Image Shown;
+  Base ().SetMessageBoxAnswerer ([&] (const env::MessageBoxRecord &) -> UINTN {
+    Shown = Screen ();
+    return 1;
+  });
+  MENU_ITEM *Help = nullptr;
+  for (WINDOW_HEADER *Child : Base ().ChildWindows (&W->Header))
+    for (CONTROL *C : Base ().Controls (Child))
+      if (C->Kind == CONTROL_KIND_MENU_ITEM && Base ().WindowText (C).rfind ("Help", 0) == 0)
+        Help = reinterpret_cast<MENU_ITEM *> (C);
+  ASSERT_TRUE (Help != nullptr && Base ().ClickMenuItem (Help) && Base ().ShownPopup () != nullptr);
+  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (Base ().ShownPopup ());
+  ASSERT_EQ (Items.size (), 1u);
+  ASSERT_TRUE (Base ().ChoosePopupItem (Base ().ShownPopup (), Items[0].Text));
+  Base ().SetMessageBoxAnswerer (nullptr);
+  ASSERT_FALSE (Shown.Pixels.empty ()) << "no message box was shown";
+  ExpectGolden ("message_box", Shown);
 
-TEST_F (GoldenScene, ToolbarTooltipUnderThePointer) {
-  MAIN_WINDOW *W = OpenMain (ListingVolume ());
-  ASSERT_NE (W, nullptr);
   // Point at the toolbar buttons until one shows its tooltip.
   env::DesktopInput Mouse (Env ());
   env::RenderDesktop (Env ());
@@ -127,9 +141,25 @@ TEST_F (GoldenScene, ToolbarTooltipUnderThePointer) {
     for (int Y = W->Header.Y + 40; Y < W->Header.Y + 110 && !Base ().ShownTooltip (Tip); Y += 4) Mouse.MouseMove (X, Y);
   ASSERT_TRUE (Base ().ShownTooltip (Tip));
   ExpectGolden ("toolbar_tooltip", Screen ());
+
+  Mouse.MouseMove (1, 1);
+  Env ().controls ().SelectRows (W->List, {});
+  Env ().controls ().ContextClick (W->List, 60, 90);
+  WINDOW_HEADER *Popup = Base ().ShownPopup ();
+  ASSERT_NE (Popup, nullptr);
+  std::map<std::string, bool> States = PopupItemStates (Popup);
+  ASSERT_TRUE (std::any_of (States.begin (), States.end (), [] (auto &S) { return !S.second; }))
+      << "the scene needs a greyed item";
+  ExpectGolden ("popup_greyed_item", Screen ());
+  Base ().ClosePopup ();
+
+  Env ().controls ().SelectRows (W->List, {2});
+  ExpectGolden ("main_window", Screen ());
 }
 
-TEST_F (GoldenScene, CutNameWithItsTooltip) {
+// A name cut in its column shows whole in its tooltip; dragging the border
+// between the name and size titles 90 pixels to the right widens the column.
+TEST_F (GoldenScene, CutNameWithItsTooltipThenTheColumnWidened) {
   MAIN_WINDOW *W = OpenMain (ListingVolume (true));
   ASSERT_NE (W, nullptr);
   int Row = RowNamed (W->List, kLongName);
@@ -143,64 +173,15 @@ TEST_F (GoldenScene, CutNameWithItsTooltip) {
   ASSERT_TRUE (Env ().controls ().ShownCellTip (Tip));
   EXPECT_EQ (Tip.Text, kLongName);
   ExpectGolden ("cut_name_tooltip", Screen ());
-}
 
-TEST_F (GoldenScene, NameColumnWidenedByDraggingItsBorder) {
-  MAIN_WINDOW *W = OpenMain (ListingVolume (true));
-  ASSERT_NE (W, nullptr);
-  env::RenderDesktop (Env ());
-  env::DesktopInput Mouse (Env ());
-  // From the border between the name and size titles, 90 pixels to the right.
   env::ListColumnSpan Name = Env ().controls ().Geometry (W->List).Columns[0];
-  int X, Y;
   CellPoint (W->List, 0, -1, Name.X + Name.Width - Name.TextX, X, Y);
   Mouse.MouseDown (X, Y, env::MouseButton::Left, 1);
   Mouse.MouseMove (X + 90, Y);
   Mouse.MouseUp (X + 90, Y);
   env::ListGeometry After = Env ().controls ().Geometry (W->List);
-  EXPECT_EQ (After.Columns[0].Width, Name.Width + 90);
-  EXPECT_TRUE (After.HorizontalBar);
+  EXPECT_TRUE (After.Columns[0].Width == Name.Width + 90 && After.HorizontalBar);
   ExpectGolden ("resized_column", Screen ());
-}
-
-TEST_F (GoldenScene, OpenPopupWithAGreyedItem) {
-  SkipPoolCheck ();   // the context menu lives as long as the driver
-  MAIN_WINDOW *W = OpenMain (ListingVolume ());
-  ASSERT_NE (W, nullptr);
-  Env ().controls ().SelectRows (W->List, {});
-  Env ().controls ().ContextClick (W->List, 60, 90);
-  WINDOW_HEADER *Popup = Base ().ShownPopup ();
-  ASSERT_NE (Popup, nullptr);
-  std::map<std::string, bool> States = PopupItemStates (Popup);
-  ASSERT_TRUE (std::any_of (States.begin (), States.end (), [] (auto &S) { return !S.second; }))
-      << "the scene needs a greyed item";
-  ExpectGolden ("popup_greyed_item", Screen ());
-}
-
-TEST_F (GoldenScene, MessageBoxOverTheWindow) {
-  SkipPoolCheck ();   // the menus live as long as the driver
-  MAIN_WINDOW *W = OpenMain (ListingVolume ());
-  ASSERT_NE (W, nullptr);
-  // The About command of the Help menu: its box is drawn while it is shown.
-  Image Shown;
-  Base ().SetMessageBoxAnswerer ([&] (const env::MessageBoxRecord &) -> UINTN {
-    Shown = Screen ();
-    return 1;
-  });
-  MENU_ITEM *Help = nullptr;
-  for (WINDOW_HEADER *Child : Base ().ChildWindows (&W->Header))
-    for (CONTROL *C : Base ().Controls (Child))
-      if (C->Kind == CONTROL_KIND_MENU_ITEM && Base ().WindowText (C).rfind ("Help", 0) == 0)
-        Help = reinterpret_cast<MENU_ITEM *> (C);
-  ASSERT_NE (Help, nullptr);
-  ASSERT_TRUE (Base ().ClickMenuItem (Help));
-  ASSERT_NE (Base ().ShownPopup (), nullptr);
-  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (Base ().ShownPopup ());
-  ASSERT_EQ (Items.size (), 1u);
-  ASSERT_TRUE (Base ().ChoosePopupItem (Base ().ShownPopup (), Items[0].Text));
-  Base ().SetMessageBoxAnswerer (nullptr);
-  ASSERT_FALSE (Shown.Pixels.empty ()) << "no message box was shown";
-  ExpectGolden ("message_box", Shown);
 }
 
 UINT8 EFIAPI IgnoreMessages (WINDOW_HEADER *, MESSAGE *) { return 0; }
