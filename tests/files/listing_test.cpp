@@ -72,13 +72,10 @@ TEST_F (FileDriverTest, LargeFolderListsEveryEntryInOrder) {
     std::snprintf (Text, sizeof Text, "f%04d.dat", I);
     return std::string (Text);
   };
+  std::vector<std::string> Want;
   for (int I = 1999; I >= 0; I--) std::ofstream (Host (Name (I))).put ('x');
-  auto Entries = List ("\\");
-  ASSERT_EQ (Entries.size (), 2000u);
-  for (int I = 0; I < 2000; I++) {
-    ASSERT_EQ (reinterpret_cast<const char *> (Entries[I].Name), Name (I));
-    ASSERT_EQ (Entries[I].Size, 1u);
-  }
+  for (int I = 0; I < 2000; I++) Want.push_back (Name (I) + " 1");
+  EXPECT_EQ (Rows (List ("\\")), Want);
 }
 
 TEST_F (FileDriverTest, OddNamesPassThroughOrAreLeftOut) {
