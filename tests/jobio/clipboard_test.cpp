@@ -23,11 +23,7 @@ namespace {
 
 // Every entry below a folder: "<dir>" for folders, the bytes for files, and
 // the modification time, so that "nothing changed" can be checked exactly.
-struct Snapshot {
-  std::map<std::string, std::string> Content;
-  std::map<std::string, long long> Times;
-  bool operator== (const Snapshot &O) const { return Content == O.Content && Times == O.Times; }
-};
+using Snapshot = std::map<std::string, std::pair<std::string, long long>>;
 
 long long MTimeNs (const fs::path &P) {
   struct stat St;
@@ -38,9 +34,7 @@ long long MTimeNs (const fs::path &P) {
 Snapshot Take (const fs::path &Root) {
   Snapshot S;
   for (auto &E : fs::recursive_directory_iterator (Root)) {
-    std::string Rel = fs::relative (E.path (), Root).string ();
-    S.Content[Rel] = E.is_directory () ? "<dir>" : ReadHostFile (E.path ());
-    S.Times[Rel] = MTimeNs (E.path ());
+    S[fs::relative (E.path (), Root).string ()] = {E.is_directory () ? "<dir>" : ReadHostFile (E.path ()), MTimeNs (E.path ())};
   }
   return S;
 }
@@ -121,8 +115,7 @@ TEST_F (ClipboardTest, PasteCopiesFilesAndFoldersWithTimes) {
   fs::path D = VolumePath (Dst);
   // The destination holds its old file and the source's entries with their bytes and times.
   Snapshot Want = Before;
-  Want.Content["keep.txt"] = "keep";
-  Want.Times["keep.txt"] = MTimeNs (D / "keep.txt");
+  Want["keep.txt"] = {"keep", MTimeNs (D / "keep.txt")};
   EXPECT_TRUE (Want == Take (D));
   EXPECT_TRUE (Before == Take (VolumePath (Src))) << "the source is never changed by a paste";
 
@@ -373,10 +366,6 @@ TEST_F (ClipboardTest, DeleteTakesOnlyWhatWasListedAndSaysWhatRemains) {
   EXPECT_NE (Text.find ("x  (changed since it was listed)"), std::string::npos) << Text;
   EXPECT_NE (Text.find ("tree\\inner.txt"), std::string::npos) << Text;
 }
-
-}  // namespace
-
-namespace {
 
 std::vector<std::pair<WINDOW_HEADER *, int>> gClipboardMessages;
 
