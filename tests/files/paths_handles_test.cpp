@@ -1,6 +1,7 @@
 // Path rules and confinement, handles, ReadAt, ReadFile and GetFileInfo.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "files/file_test_support.h"
@@ -45,9 +46,7 @@ TEST_F (FileDriverTest, PathsAreNormalisedAndConfined) {
   for (const std::string &Path :
        std::vector<std::string> {Escape, "\\a\\..\\..\\top.txt", "..", "\\a/b\\c.txt", "\\a\\b/../../top.txt", "\\missing"})
     EXPECT_EQ (ReadThrough (T, V, Path), "<none>") << Path;
-  EXPECT_EQ (T->OpenDirectory (V, nullptr), 0);
-  EXPECT_EQ (T->OpenDirectory (24, A ("\\")), 0);
-  EXPECT_EQ (T->OpenDirectory (static_cast<UINT8> (V + 1), A ("\\")), 0);
+  EXPECT_EQ (T->OpenDirectory (V, nullptr) + T->OpenDirectory (24, A ("\\")) + T->OpenDirectory (V + 1, A ("\\")), 0);
 
   // 511 bytes are accepted, 512 refused.
   std::string Long = "\\top.txt";
@@ -62,17 +61,15 @@ TEST_F (FileDriverTest, PathsAreNormalisedAndConfined) {
   fs::create_symlink ("a/b", Host ("inner"));
   fs::create_symlink ("nowhere", Host ("dangling"));
   fs::create_symlink ("../../..", Host ("a/up"));
-  EXPECT_EQ (ReadThrough (T, V, "\\escape\\secret.txt"), "<none>");
-  EXPECT_EQ (ReadThrough (T, V, "\\a\\up\\top.txt"), "<none>");
-  EXPECT_EQ (ReadThrough (T, V, "\\dangling"), "nowhere");
-  EXPECT_EQ (ReadThrough (T, V, "\\inner\\c.txt"), "deep");
+  EXPECT_EQ (ReadThrough (T, V, "\\escape\\secret.txt") + ReadThrough (T, V, "\\a\\up\\top.txt") + "|" +
+                 ReadThrough (T, V, "\\dangling") + "|" + ReadThrough (T, V, "\\inner\\c.txt"),
+             "<none><none>|nowhere|deep");
   UINTN Size = 99;
   auto *Link = static_cast<char *> (T->ReadFile (V, A ("\\secret.txt"), &Size));
   ASSERT_NE (Link, nullptr);
   EXPECT_EQ (std::string (Link, Size), (Outside.Path () / "secret.txt").string ());
   Fw_.FreePool (Link);
-  EXPECT_EQ (Names (List ("\\")),
-             (std::vector<std::string> {"a", "inner", "dangling", "escape", "secret.txt", "top.txt"}));
+  EXPECT_EQ (Names (List ("\\")), (std::vector<std::string> {"a", "inner", "dangling", "escape", "secret.txt", "top.txt"}));
 }
 
 TEST_F (FileDriverTest, HandlesAreLimitedAndReusedOnlyAfterClosing) {
@@ -82,28 +79,22 @@ TEST_F (FileDriverTest, HandlesAreLimitedAndReusedOnlyAfterClosing) {
   std::vector<UINT16> Open;
   for (size_t I = 0; I < env::kMaxOpenHandles; I++) {
     UINT16 Handle = T->OpenDirectory (V, A ("\\d"));
-    ASSERT_NE (Handle, 0) << I;
-    ASSERT_LE (Handle, 0x7FFF);
-    for (UINT16 Other : Open) ASSERT_NE (Other, Handle);
+    ASSERT_TRUE (Handle != 0 && Handle <= 0x7FFF && std::count (Open.begin (), Open.end (), Handle) == 0) << I;
     Open.push_back (Handle);
   }
   EXPECT_EQ (T->OpenDirectory (V, A ("\\d")), 0);   // table full
   T->CloseHandle (Open[10]);
   UINT16 Again = T->OpenDirectory (V, A ("\\d"));
-  EXPECT_NE (Again, 0);
-  EXPECT_NE (Again, Open[10]);                      // a closed number is not handed out at once
+  EXPECT_TRUE (Again != 0 && Again != Open[10]);    // a closed number is not handed out at once
   Open[10] = Again;
   for (UINT16 Handle : Open) T->CloseHandle (Handle);
   EXPECT_EQ (Files_->OpenHandleCount (), 0u);
-  T->CloseHandle (Open[0]);                         // twice, and bad numbers: harmless
-  T->CloseHandle (0);
-  T->CloseHandle (0xFFFF);
+  for (UINT16 Harmless : {Open[0], UINT16 (0), UINT16 (0xFFFF)}) T->CloseHandle (Harmless);   // twice, and bad numbers
 
   // Handle numbers wrap within 1..0x7FFF.
   for (int I = 0; I < 0x8000 + 5; I++) {
     UINT16 Handle = T->OpenDirectory (V, A ("\\d"));
-    ASSERT_GE (Handle, 1);
-    ASSERT_LE (Handle, 0x7FFF);
+    ASSERT_TRUE (Handle >= 1 && Handle <= 0x7FFF) << Handle;
     T->CloseHandle (Handle);
   }
 }
