@@ -6,7 +6,7 @@
 
 namespace fs = std::filesystem;
 
-TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
+TEST_F (FileDriverTest, MountFillsTheVolumeRecordsAndServicesAreFoundByGuid) {
   EXPECT_EQ (T->Version, 9u);
   env::VolumeSpec Spec;
   Spec.Folder = Main_.Path ().string ();
@@ -46,25 +46,24 @@ TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
   T->FlushVolume (200);
   EXPECT_EQ (Files_->FlushCount (First), 1u);
   EXPECT_EQ (Files_->FlushCount (Second), 0u);
-}
 
-TEST_F (FileDriverTest, LocateServiceFindsRegisteredTables) {
-  EFI_GUID First = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
-  EFI_GUID Second = First;
-  Second.Data4[7] = 9;
+  // The service registry.
+  EFI_GUID Guid = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
+  EFI_GUID Next = Guid;
+  Next.Data4[7] = 9;
   int TableA = 1, TableB = 2;
-  EXPECT_EQ (T->LocateService (&First), nullptr);
-  Files_->RegisterService (First, &TableA);
-  Files_->RegisterService (Second, &TableB);
-  EXPECT_EQ (T->LocateService (&First), &TableA);
-  Files_->RegisterService (First, &TableB);   // replaces
-  EXPECT_EQ (T->LocateService (&First), &TableB);
-  Files_->UnregisterService (First);
-  EXPECT_EQ (std::vector<void *> ({T->LocateService (&First), T->LocateService (&Second), T->LocateService (nullptr)}),
+  EXPECT_EQ (T->LocateService (&Guid), nullptr);
+  Files_->RegisterService (Guid, &TableA);
+  Files_->RegisterService (Next, &TableB);
+  EXPECT_EQ (T->LocateService (&Guid), &TableA);
+  Files_->RegisterService (Guid, &TableB);   // replaces
+  EXPECT_EQ (T->LocateService (&Guid), &TableB);
+  Files_->UnregisterService (Guid);
+  EXPECT_EQ (std::vector<void *> ({T->LocateService (&Guid), T->LocateService (&Next), T->LocateService (nullptr)}),
              std::vector<void *> ({nullptr, &TableB, nullptr}));
 }
 
-TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
+TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolderAndRenameTakesABareName) {
   MountMain ();
   Write ("file.txt", "x");
   UINT8 V = static_cast<UINT8> (Volume_);
@@ -72,6 +71,8 @@ TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
   EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir"), 1));
   EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir\\inner\\"), 1));
   EXPECT_TRUE (fs::is_directory (Host ("new dir/inner")));
+  Write ("a.txt", "A");
+  Write ("b.txt", "B");
 
   // Refused: an existing folder or file, no parent, the root, a way out, a
   // "/" in the name, a name over 191 bytes.
@@ -82,20 +83,13 @@ TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
   EXPECT_FALSE (T->CreateDirectory (V, nullptr, 1));
   EXPECT_FALSE (T->CreateDirectory (static_cast<UINT8> (V + 1), A ("\\x"), 1));
   EXPECT_FALSE (fs::exists (Main_.Path ().parent_path () / "escape"));
-}
 
-TEST_F (FileDriverTest, RenameTakesABareNewName) {
-  MountMain ();
-  Write ("a.txt", "A");
-  Write ("b.txt", "B");
-  Dir ("folder");
-  UINT8 V = static_cast<UINT8> (Volume_);
-
+  // A rename takes a bare new name.
   EXPECT_TRUE (T->RenamePath (V, A ("\\a.txt"), A ("renamed.txt")));
   EXPECT_EQ (ReadHostFile (Host ("renamed.txt")), "A");
   EXPECT_FALSE (fs::exists (Host ("a.txt")));
-  EXPECT_TRUE (T->RenamePath (V, A ("\\folder\\"), A ("Folder 2")));
-  EXPECT_TRUE (fs::is_directory (Host ("Folder 2")));
+  EXPECT_TRUE (T->RenamePath (V, A ("\\new dir\\"), A ("Folder 2")));
+  EXPECT_TRUE (fs::is_directory (Host ("Folder 2/inner")));
 
   // Refused: a name that would overwrite, and names that are not bare or too long.
   for (const std::string &Bad :
