@@ -99,7 +99,7 @@ TEST_F (FileDriverTest, HandlesAreLimitedAndReusedOnlyAfterClosing) {
   }
 }
 
-TEST_F (FileDriverTest, ReadAtStopsAtTheEndAndReachesBeyondFourGigabytes) {
+TEST_F (FileDriverTest, ReadAtAndReadFileStopAtTheEndAndReachBeyondFourGigabytes) {
   MountMain ();
   Write ("small.bin", "0123456789");
   UINT8 V = static_cast<UINT8> (Volume_);
@@ -138,17 +138,13 @@ TEST_F (FileDriverTest, ReadAtStopsAtTheEndAndReachesBeyondFourGigabytes) {
   UINTN Size = 5;
   EXPECT_EQ (T->ReadFile (V, A ("\\big.img"), &Size), nullptr);
   EXPECT_EQ (Size, 0u);
-}
 
-TEST_F (FileDriverTest, ReadFileHandsOverAPoolBlock) {
-  MountMain ();
+  // Smaller files come whole in a pool block.
   std::string Bytes;
   for (int I = 0; I < 3000; I++) Bytes.push_back (static_cast<char> (I * 7));
   Write ("data.bin", Bytes);
   Write ("empty.txt", "");
   Dir ("folder");
-  UINT8 V = static_cast<UINT8> (Volume_);
-
   for (auto [Name, Want] : {std::pair {"\\data.bin", Bytes}, {"\\empty.txt", ""}}) {
     UINTN Size = 9;
     auto *Data = static_cast<char *> (T->ReadFile (V, A (Name), &Size));
@@ -157,8 +153,6 @@ TEST_F (FileDriverTest, ReadFileHandsOverAPoolBlock) {
     EXPECT_GE (Fw_.BlockSize (Data), Size);
     Fw_.FreePool (Data);
   }
-  UINTN Size = 0;
-
   for (const char *NoFile : {"\\folder", "\\missing"}) EXPECT_EQ (T->ReadFile (V, A (NoFile), &Size), nullptr);
   EXPECT_EQ (T->ReadFile (V, A ("\\data.bin"), nullptr), nullptr);
 }
