@@ -37,7 +37,7 @@ const char *const kZhongWen = "\xD6\xD0\xCE\xC4";
 
 }  // namespace
 
-TEST_F (GuiTest, TableReportsScreenAndFontMetrics) {
+TEST_F (GuiTest, TableReportsScreenAndFontMetricsAndGbkConverts) {
   EXPECT_EQ ((std::vector<int> {int (T->Version), T->ScreenWidth, T->ScreenHeight}), (std::vector<int> {5, 64, 48}));
   Gui.SetScreenSize (800, 600);
   EXPECT_EQ ((std::vector<int> {T->ScreenWidth, T->ScreenHeight, Gui.Width (), Gui.Height (), T->GetCharWidth (),
@@ -48,9 +48,8 @@ TEST_F (GuiTest, TableReportsScreenAndFontMetrics) {
   for (const char *Text : {"", "File Menu", kZhongWen, "a\xD6\xD0" "b", "ab\xD6", static_cast<const char *> (nullptr)})
     Widths.push_back (T->GetTextWidth (A (Text)));
   EXPECT_EQ (Widths, (std::vector<int> {0, 72, 32, 32, 24, 0}));
-}
 
-TEST_F (GuiTest, GbkTextsConvertToUnicode) {
+  // GBK texts convert to Unicode.
   EXPECT_EQ (env::GbkToUtf8 ("plain ASCII"), "plain ASCII");
   EXPECT_EQ (env::GbkToUtf8 (kZhongWen), "\xE4\xB8\xAD\xE6\x96\x87");   // U+4E2D U+6587
   EXPECT_EQ (env::GbkToUnicode ("x\xB1\xB8\xB7\xDD"), std::u32string (U"x\u5907\u4EFD"));

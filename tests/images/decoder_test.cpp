@@ -25,7 +25,7 @@ std::vector<uint32_t> Pixels (int W, int H, const PixelFn &Px) {
 
 }  // namespace
 
-TEST (BmpDecoder, DecodesTrueColourRowsInEitherOrder) {
+TEST (BmpDecoder, DecodesTrueColourRowsInEitherOrderAndPalettisedImages) {
   for (bool TopDown : {false, true}) {
     // Width 3 at 24 bits makes rows of 9 bytes padded to 12.
     Bytes B = MakeBmp (3, 2, 24, TopDown, Gradient);
@@ -34,6 +34,18 @@ TEST (BmpDecoder, DecodesTrueColourRowsInEitherOrder) {
     EXPECT_TRUE (Img.Width == 3 && Img.Height == 2 && Img.BitsPerPixel == 24);
     EXPECT_EQ (Img.Pixels, Pixels (3, 2, Gradient));
   }
+  // Palettes of 16 and 256 colours, and two-colour rows (9 pixels wide).
+  std::vector<uint32_t> Palette {0x000000, 0xFF0000, 0x00FF00, 0x0000FF};
+  auto Index = [] (int X, int Y) { return uint32_t ((X + Y) % 4); };
+  for (int Bpp : {4, 8}) {
+    DecodedImage Img;
+    ASSERT_TRUE (Bmp (MakeBmp (5, 3, Bpp, false, Index, Palette), Img)) << Bpp;
+    EXPECT_EQ (Img.BitsPerPixel, Bpp);
+    EXPECT_EQ (Img.Pixels, Pixels (5, 3, [&] (int X, int Y) { return 0xFF000000u | Palette[(X + Y) % 4]; }));
+  }
+  DecodedImage Mono;
+  ASSERT_TRUE (Bmp (MakeBmp (9, 2, 1, true, [] (int X, int) { return uint32_t (X % 2); }, {0xFFFFFF, 0x000080}), Mono));
+  EXPECT_EQ (Mono.Pixels, Pixels (9, 2, [] (int X, int) { return X % 2 ? 0xFF000080u : 0xFFFFFFFFu; }));
 }
 
 TEST (BmpDecoder, ThirtyTwoBitKeepsAlphaUnlessNoneIsSet) {
@@ -47,20 +59,6 @@ TEST (BmpDecoder, ThirtyTwoBitKeepsAlphaUnlessNoneIsSet) {
   ASSERT_TRUE (Bmp (MakeBmp (2, 2, 32, false, [] (int, int) { return 0x00ABCDEFu; }), Img));
   EXPECT_EQ (Img.BitsPerPixel, 32);
   EXPECT_EQ (Img.Pixels, std::vector<uint32_t> (4, 0xFFABCDEFu));
-}
-
-TEST (BmpDecoder, DecodesPalettisedImages) {
-  std::vector<uint32_t> Palette {0x000000, 0xFF0000, 0x00FF00, 0x0000FF};
-  auto Index = [] (int X, int Y) { return uint32_t ((X + Y) % 4); };
-  for (int Bpp : {4, 8}) {
-    DecodedImage Img;
-    ASSERT_TRUE (Bmp (MakeBmp (5, 3, Bpp, false, Index, Palette), Img)) << Bpp;
-    EXPECT_EQ (Img.BitsPerPixel, Bpp);
-    EXPECT_EQ (Img.Pixels, Pixels (5, 3, [&] (int X, int Y) { return 0xFF000000u | Palette[(X + Y) % 4]; }));
-  }
-  DecodedImage Mono;
-  ASSERT_TRUE (Bmp (MakeBmp (9, 2, 1, true, [] (int X, int) { return uint32_t (X % 2); }, {0xFFFFFF, 0x000080}), Mono));
-  EXPECT_EQ (Mono.Pixels, Pixels (9, 2, [] (int X, int) { return X % 2 ? 0xFF000080u : 0xFFFFFFFFu; }));
 }
 
 TEST (BmpDecoder, RefusesDamagedAndHostileFiles) {

@@ -125,7 +125,21 @@ TEST_P (JpegTest, DecodesEveryColourModelToOpaquePixels) {
   if (Plain.Ok) EXPECT_TRUE (AllNear (Plain.Pixels, 0xFFFFFF00));
 }
 
-TEST_P (JpegTest, BrokenStreamsFailCleanly) {
+// Rewrites the size fields of the first SOF marker.
+std::vector<uint8_t> WithSize (std::vector<uint8_t> Bytes, uint16_t Width, uint16_t Height) {
+  for (size_t I = 2; I + 9 < Bytes.size (); I++)
+    if (Bytes[I] == 0xFF && (Bytes[I + 1] == 0xC0 || Bytes[I + 1] == 0xC2)) {
+      Bytes[I + 5] = (uint8_t) (Height >> 8);
+      Bytes[I + 6] = (uint8_t) Height;
+      Bytes[I + 7] = (uint8_t) (Width >> 8);
+      Bytes[I + 8] = (uint8_t) Width;
+      return Bytes;
+    }
+  ADD_FAILURE () << "no SOF marker";
+  return Bytes;
+}
+
+TEST_P (JpegTest, BrokenStreamsAndHugeDimensionsFailCleanly) {
   std::vector<uint8_t> Good = Encode (64, 64, JCS_RGB, {1, 2, 3});
   // Cut in the middle of the picture data, and just after the header.
   for (size_t Cut : {Good.size () / 2, Good.size () - 20, (size_t) 200, (size_t) 2, (size_t) 0})
@@ -152,31 +166,16 @@ TEST_P (JpegTest, BrokenStreamsFailCleanly) {
                 T->DecodeJpeg (&W, &H, nullptr, Good.data (), (UINT32) Good.size ()));
   EXPECT_EQ (Pixels, nullptr);
   EXPECT_EQ (Fw.LiveAllocations (), 0u);
-}
 
-// Rewrites the size fields of the first SOF marker.
-std::vector<uint8_t> WithSize (std::vector<uint8_t> Bytes, uint16_t Width, uint16_t Height) {
-  for (size_t I = 2; I + 9 < Bytes.size (); I++)
-    if (Bytes[I] == 0xFF && (Bytes[I + 1] == 0xC0 || Bytes[I + 1] == 0xC2)) {
-      Bytes[I + 5] = (uint8_t) (Height >> 8);
-      Bytes[I + 6] = (uint8_t) Height;
-      Bytes[I + 7] = (uint8_t) (Width >> 8);
-      Bytes[I + 8] = (uint8_t) Width;
-      return Bytes;
-    }
-  ADD_FAILURE () << "no SOF marker";
-  return Bytes;
-}
-
-TEST_P (JpegTest, HugeDimensionsAreRefusedBeforeAllocating) {
+  // Over 16384 in one direction, and 16384 x 4097 (over 64 M pixels): refused
+  // before a pixel block is handed out.
   std::vector<uint8_t> Small = Encode (16, 16, JCS_RGB, {9, 9, 9});
-  // Over 16384 in one direction, and 16384 × 4097 (over 64 M pixels).
   for (auto [W, H] : {std::pair<uint16_t, uint16_t> {16385, 8}, {8, 16385}, {65535, 65535}, {16384, 4097}}) {
     Result R = Decode (WithSize (Small, W, H));
     EXPECT_FALSE (R.Ok || R.HandedOut) << W << "x" << H;
   }
   // Within the limits, but the data does not cover the picture: a clean failure
-  // whose pixel block (if any) was handed out and freed above.
+  // whose pixel block (if any) was handed out and freed.
   EXPECT_FALSE (Decode (WithSize (Small, 2000, 2000)).Ok);
 }
 

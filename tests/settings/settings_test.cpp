@@ -109,10 +109,8 @@ TEST (SettingsService, CommitReplacesTheFileAtomically) {
 TEST (SettingsService, WritesKeepEveryLineTheyDoNotChange) {
   TempFolder Dir;
   fs::path File = Dir.Path () / "s.ini";
-  const std::string Text = "; written by hand\r\ntop=1\n[Surveyor]\n# the main window\nPosition=1,2,3,4\r\n"
-                           "odd line without equals\n\n[Other]\nKey = spaced \n";
-  WriteHostFile (File, Text);
-  env::Firmware Fw;
+  WriteHostFile (File, "; written by hand\r\ntop=1\n[Surveyor]\n# the main window\nPosition=1,2,3,4\r\n"
+                       "odd line without equals\n\n[Other]\nKey = spaced \n");
   env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
   Set (S.Table (), "Surveyor", "Position", "5,6,7,8");
   Set (S.Table (), "Surveyor", "Added", "yes");
