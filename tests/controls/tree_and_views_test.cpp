@@ -147,68 +147,58 @@ TEST_F (TreeTest, EditsAskTheDialogAndARefusedEditLeavesTheTreeAsItWas) {
   EXPECT_FALSE (Controls ().TreeEditing (Tree));
 }
 
-TEST_F (WindowTest, ComboChoiceSetsBothRowsAndNotifiesWithTheComboId) {
+// A combo box, a log view and a text view on one dialog.
+TEST_F (WindowTest, CombosLogViewsAndTextViewsKeepWhatTheyAreGiven) {
   WINDOW_HEADER *Dialog = NewWindow (848);
+  // A choice sets both rows and notifies with the combo's id; no such row changes nothing.
   COMBO_BOX *Combo = Cd ()->CreateComboBox (100, 30, 280, 260, 0, Dialog);
   ASSERT_NE (Combo, nullptr);
   EXPECT_EQ (Combo->CurrentRow, 0xFFFF);
   Cd ()->AddComboItem (Combo, Ascii ("SYSTEM"), 0);
   Cd ()->AddComboItem (Combo, Ascii ("DATA"), 0);
-  EXPECT_EQ (Combo->ItemCount, 2);
   Controls ().ChooseComboRow (Combo, 1);
-  Controls ().ChooseComboRow (Combo, 2);   // no such row
-  EXPECT_EQ (Combo->CurrentRow * 10 + Combo->ChosenRow, 11);
+  Controls ().ChooseComboRow (Combo, 2);
+  EXPECT_EQ ((std::vector<int> {Combo->ItemCount, Combo->CurrentRow, Combo->ChosenRow}), (std::vector<int> {2, 1, 1}));
   EXPECT_STREQ (reinterpret_cast<char *> (Combo->Control.Text), "DATA");
+  EXPECT_EQ (Controls ().ComboItems (Combo), (std::vector<std::string> {"SYSTEM", "DATA"}));
   auto Notes = Received (Dialog, MSG_NOTIFY);
   ASSERT_EQ (Notes.size (), 1u);
   EXPECT_EQ ((std::vector<int> {Notes[0].Code, Notes[0].Word6, Notes[0].Word10}), (std::vector<int> {3, 1, Combo->Control.Id}));
-  EXPECT_EQ (Controls ().ComboItems (Combo), (std::vector<std::string> {"SYSTEM", "DATA"}));
-}
 
-TEST_F (WindowTest, LogViewKeepsItsLinesAndReportsContextClicks) {
-  WINDOW_HEADER *Window = NewWindow (848);
-  LOG_VIEW *Log = Cd ()->CreateLogView (Window, 10, 100, 280, 92, 0);
+  // A log view keeps its lines, shows the last, and reports context clicks.
+  LOG_VIEW *Log = Cd ()->CreateLogView (Dialog, 10, 100, 280, 92, 0);
   ASSERT_NE (Log, nullptr);
   EXPECT_EQ (Log->SelectedLine, 0xFFFF);
   Cd ()->StartLogView (Log, Ascii ("\\docs"));
   Cd ()->AppendLine (Log, 0xFFFF, Ascii ("one"));
   Cd ()->AppendLine (Log, 0xFFFF, Ascii ("two"));
   Cd ()->AppendLine (Log, 0, Ascii ("zero"));
-  EXPECT_EQ (Log->LineCount, 3);
   EXPECT_EQ (Controls ().LogLines (Log), (std::vector<std::string> {"zero", "one", "two"}));
   EXPECT_EQ (Controls ().LogPath (Log), "\\docs");
   for (int I = 0; I < 20; I++) Cd ()->AppendLine (Log, 0xFFFF, Ascii ("more"));
   Cd ()->ShowLine (Log, 65535);
-  UINT16 Line = Wb ()->GuiDriver->GetLineHeight ();
-  UINT16 Visible = (92 - 4) / (Line + 2);
-  EXPECT_EQ (Log->TopLine, 23 - Visible);
-
+  EXPECT_EQ (Log->TopLine, 23 - (92 - 4) / (Wb ()->GuiDriver->GetLineHeight () + 2));
   Controls ().SelectLogLine (Log, 1);
   EXPECT_EQ (Log->SelectedLine, 1);
   Controls ().LogContextClick (Log, 5, 6);
-  auto Notes = Received (Window, MSG_NOTIFY);
-  ASSERT_EQ (Notes.size (), 1u);
-  EXPECT_EQ ((std::vector<int> {Notes[0].Code, Notes[0].Word2, Notes[0].Word4, Notes[0].Word6}),
+  Notes = Received (Dialog, MSG_NOTIFY);
+  ASSERT_EQ (Notes.size (), 2u);
+  EXPECT_EQ ((std::vector<int> {Notes[1].Code, Notes[1].Word2, Notes[1].Word4, Notes[1].Word6}),
              (std::vector<int> {13, 7, 10 + 10 + 5, 20 + 100 + 6}));
-  EXPECT_EQ (Notes[0].Pointer8, Log);
-
+  EXPECT_EQ (Notes[1].Pointer8, Log);
   Cd ()->StartLogView (Log, Ascii ("\\music"));
   EXPECT_TRUE (Log->LineCount == 0 && Log->SelectedLine == 0xFFFF && Controls ().LogPath (Log) == "\\music");
-}
 
-TEST_F (WindowTest, TextViewKeepsItsOwnCopyOfLengthBytes) {
-  WINDOW_HEADER *Help = NewWindow (272);
+  // A text view keeps its own copy of the bytes it was given, NULs included;
+  // a resize record without byte 7 keeps its position.
   char Source[] = "Press F1 for help, any key to go on";
   CONTROL_RECT Rect {3, 24, 394, 273};
-  CONTROL *View = Cd ()->CreateTextView (Help, 3, Ascii (Source), 5, &Rect);
+  CONTROL *View = Cd ()->CreateTextView (Dialog, 3, Ascii (Source), 5, &Rect);
   ASSERT_NE (View, nullptr);
   Source[0] = 'X';
-  EXPECT_EQ (Controls ().TextViewText (View), "Press");
-  EXPECT_EQ (Wb ()->GetControl (Help, 3), View);
-  CONTROL *Zero = Cd ()->CreateTextView (Help, 4, Ascii ("a\0b"), 3, &Rect);
+  EXPECT_TRUE (Controls ().TextViewText (View) == "Press" && Wb ()->GetControl (Dialog, 3) == View);
+  CONTROL *Zero = Cd ()->CreateTextView (Dialog, 4, Ascii ("a\0b"), 3, &Rect);
   EXPECT_EQ (Controls ().TextViewText (Zero), std::string ("a\0b", 3));
-
-  // A resize record without byte 7 keeps the position.
   MESSAGE Resize = ResizeMessage (44, 13);
   Wb ()->SendMessage (View, &Resize);
   EXPECT_EQ ((std::vector<int> {View->X, View->Y, View->Width, View->Height}), (std::vector<int> {3, 24, 44, 13}));
