@@ -78,11 +78,6 @@ class FileDriverTest : public ::testing::Test {
     return Out;
   }
 
-  // Sets the process time zone (each test runs in its own process).
-  static void UseTimeZone (const char *Zone) {
-    setenv ("TZ", Zone, 1);
-    tzset ();
-  }
   // Sets the modification (and access) time of a host file.
   void SetModified (const std::string &Relative, time_t Seconds, long Nanoseconds = 0) {
     struct timespec Times[2] = {{Seconds, Nanoseconds}, {Seconds, Nanoseconds}};

@@ -49,7 +49,8 @@ TEST_F (FileDriverTest, DatesAreTheModificationTimeInLocalTime) {
   SetModified ("folder", 1614834367);
   // The same instant in UTC, nine hours east of it and six hours west (the day before).
   for (auto [Zone, Want] : {std::pair {"UTC0", "2021-3-4 5:6:7"}, {"XST-9", "2021-3-4 14:6:7"}, {"YST6", "2021-3-3 23:6:7"}}) {
-    UseTimeZone (Zone);
+    setenv ("TZ", Zone, 1);   // each test runs in its own process
+    tzset ();
     std::string Stamps;
     for (auto &E : List ("\\"))
       Stamps += std::to_string (E.Year) + "-" + std::to_string (E.Month) + "-" + std::to_string (E.Day) + " " +

@@ -52,7 +52,7 @@ TEST (Firmware, HandleDatabase) {
   EXPECT_EQ (Bs->Stall (10), EFI_UNSUPPORTED);
 }
 
-TEST (Firmware, PoolAccountingAndFailures) {
+TEST (Firmware, PoolAccountingFailuresAndTheConsole) {
   env::Firmware Fw;
   EFI_BOOT_SERVICES *Bs = Fw.BootServices ();
   VOID *One = nullptr, *Two = nullptr;
@@ -80,10 +80,8 @@ TEST (Firmware, PoolAccountingAndFailures) {
   for (int I = 0; I < 3; I++) EXPECT_EQ (Bs->HandleProtocol (nullptr, &A, &Found), EFI_DEVICE_ERROR);
   Fw.ClearFailures ();
   EXPECT_EQ (Bs->HandleProtocol (nullptr, &A, &Found), EFI_INVALID_PARAMETER);
-}
 
-TEST (Firmware, ConsoleRecordsUtf16AsUtf8Lines) {
-  env::Firmware Fw;
+  // The console records UTF-16 as UTF-8 lines.
   SIMPLE_TEXT_OUTPUT_INTERFACE *Out = Fw.SystemTable ()->ConOut;
   CHAR16 First[] = {'o', 'n', 'e', '\r', '\n', 't', 'w', 0};
   CHAR16 Second[] = {'o', 0x00E9, 0x4E2D, 0xD83D, 0xDE00, '\r', '\n', 0};
