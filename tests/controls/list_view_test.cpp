@@ -283,7 +283,7 @@ void ListTest::WatchEdits (bool Rebuild) {
   gReaction = ReadEdit;
 }
 
-TEST_F (ListTest, RenameEditsTheCurrentRowAndReportsTheTypedText) {
+TEST_F (ListTest, RenameAndNewItemEditsReportTheTypedTextWithTheirRow) {
   WatchEdits (false);
   AddRows ({"a.txt", "b.txt", "c.txt"});
   List->CurrentRow = 1;
@@ -314,17 +314,15 @@ TEST_F (ListTest, RenameEditsTheCurrentRowAndReportsTheTypedText) {
   Cd ()->ClearList (List);
   Cd ()->BeginRename (List, Window);
   EXPECT_FALSE (Controls ().Editing (List));
-}
 
-TEST_F (ListTest, ANewItemRowExistsDuringItsNotificationAndIsRemovedAfterwards) {
-  WatchEdits (false);
+  // A new item's row exists during its notification and is removed afterwards.
   AddRows ({"a", "b"});
   Cd ()->BeginNewItem (List, 4, TRUE, Ascii ("new dir"));
   EXPECT_EQ (Controls ().EditRow (List), 2);
   EXPECT_TRUE (Cd ()->GetItem (List, 2)->Icon == 4 && Cd ()->GetItem (List, 2)->IsDirectory == 1);
 
   Controls ().FinishEdit (List, "photos", true);
-  EXPECT_EQ (gSeen, "7 2 0 " + std::to_string (List->Control.Id) + " photos|new dir|3");
+  EXPECT_EQ (gSeen, "7 2 0" + Id + "photos|new dir|3");
   EXPECT_EQ (List->RowCount, 2);
   EXPECT_EQ (Controls ().CellText (List, 0, 1), "b");
 

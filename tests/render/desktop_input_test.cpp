@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 
 #include "env/controls/control_driver.h"
 #include "env/desktop/desktop_input.h"
+#include "env/host/screenshot.h"
 #include "env/host/sdl_desktop.h"
 #include "env/gui/gui_driver.h"
+#include "env/images/codecs.h"
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
@@ -379,10 +380,17 @@ TEST_F (DesktopInputTest, DesktopWindowRunsWithoutADisplayAndShowsAMessageBoxUnt
   Opts.TickMilliseconds = 1;
   Opts.ScreenshotAtExit = (Dir.Path () / "exit.png").string ();
   ASSERT_TRUE (env::RunDesktop (Env (), Opts));
-  EXPECT_TRUE (std::filesystem::exists (Opts.ScreenshotAtExit));
   EXPECT_TRUE (BoxAnswer == 1 && Env ().windows ().OpenMessageBox () == nullptr);
   env::MessageBoxLayout L = env::LayoutOfMessageBox (Env (), "Disk full", "Copy");
   env::GuiDriver &G = Env ().gui ();
+  // The screenshot holds the last frame, pixel for pixel.
+  std::string Bytes = ReadHostFile (Opts.ScreenshotAtExit);
+  env::DecodedImage Shot;
+  ASSERT_TRUE (env::DecodePng (reinterpret_cast<const uint8_t *> (Bytes.data ()), Bytes.size (), Shot));
+  std::vector<uint32_t> Screen (G.Framebuffer (), G.Framebuffer () + G.Width () * G.Height ());
+  for (uint32_t &Pixel : Screen) Pixel |= 0xFF000000u;
+  EXPECT_TRUE (Shot.Width == unsigned (G.Width ()) && Shot.Pixels == Screen);
+  EXPECT_FALSE (env::SaveScreenshot ((Dir.Path () / "no" / "such" / "dir.png").string ()));
   EXPECT_EQ ((std::vector<uint32_t> {G.PixelAt (L.X + L.Width / 2, L.Y + 4), G.PixelAt (0, 0), G.PixelAt (300, 300)}),
              (std::vector<uint32_t> {env::colours::ActiveCaption, env::kDesktopColour, env::colours::Face}));
 }

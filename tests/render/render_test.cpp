@@ -2,9 +2,7 @@
 
 #include "env/controls/control_driver.h"
 #include "env/gui/gui_driver.h"
-#include "env/images/codecs.h"
 #include "env/render/renderer.h"
-#include "env/host/screenshot.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
 
@@ -84,21 +82,6 @@ TEST_F (RenderTest, PaintsWindowsInZOrderWithTheirDecoration) {
 }
 
 // (Lists, controls, status lines and popups are drawn in the golden scenes.)
-TEST_F (RenderTest, ScreenshotHoldsTheFramebuffer) {
-  TheBase = Wb ();
-  MakeWindow ("Shot", 30, 30, 200, 120, DefaultThenNothing);
-  TempFolder Dir;
-  std::string Path = (Dir.Path () / "shot.png").string ();
-  ASSERT_TRUE (env::RenderScreenshot (Env (), Path));
-  std::string Bytes = ReadHostFile (Path);
-  env::DecodedImage Img;
-  ASSERT_TRUE (env::DecodePng (reinterpret_cast<const uint8_t *> (Bytes.data ()), Bytes.size (), Img));
-  std::vector<uint32_t> Screen (G ().Framebuffer (), G ().Framebuffer () + G ().Width () * G ().Height ());
-  for (uint32_t &Pixel : Screen) Pixel |= 0xFF000000u;
-  EXPECT_TRUE (Img.Width == unsigned (G ().Width ()) && Img.Pixels == Screen);
-  EXPECT_FALSE (env::SaveScreenshot ((Dir.Path () / "no" / "such" / "dir.png").string ()));
-}
-
 TEST_F (RenderTest, HostileSizesAreDrawnOrClippedCleanly) {
   TheBase = Wb ();
   const int Sw = G ().Width (), Sh = G ().Height ();
