@@ -2,6 +2,7 @@
 // type-ahead, in-place edits).
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "env/controls/control_driver.h"
@@ -47,27 +48,22 @@ TEST_F (ListTest, RowsKeepTheirEntryFieldsAndCellsAreCutToTheColumnCapacity) {
 
   LIST_ITEM *Item = Cd ()->GetItem (List, 0);
   ASSERT_NE (Item, nullptr);
-  EXPECT_EQ (Item->Icon, 12);
-  EXPECT_EQ (Item->IsDirectory, 0);
-  EXPECT_EQ (Item->EntryWord, 0xABCD1234u);
-  EXPECT_EQ (Item->Size, 1234567ull);
+  EXPECT_EQ ((std::vector<UINT64> {Item->Icon, Item->IsDirectory, Item->EntryWord, Item->Size}),
+             (std::vector<UINT64> {12, 0, 0xABCD1234u, 1234567ull}));
   EXPECT_STREQ (reinterpret_cast<char *> (reinterpret_cast<uint8_t *> (Item) + 16), "readme.txt");
   EXPECT_EQ (Cd ()->GetItem (List, 1)->IsDirectory, 1);
   EXPECT_EQ (Cd ()->GetItem (List, 2), nullptr);
 
-  EXPECT_EQ (Controls ().CellText (List, 0, 0), "readme.txt");
-  Cd ()->SetItemText (List, 1, 0, Ascii ("1,234,567"));
-  EXPECT_EQ (Controls ().CellText (List, 1, 0), "1,234,567");
-  // Capacity 4 holds three bytes and the terminator; a double-byte character is never split.
-  Cd ()->SetItemText (List, 2, 0, Ascii ("abcdef"));
-  EXPECT_EQ (Controls ().CellText (List, 2, 0), "abc");
-  Cd ()->SetItemText (List, 2, 1, Ascii ("a\xC4\xBF\xC2\xBC"));
-  EXPECT_EQ (Controls ().CellText (List, 2, 1), "a\xC4\xBF");
-  Cd ()->SetItemText (List, 2, 1, Ascii ("ab\xC4\xBF"));
-  EXPECT_EQ (Controls ().CellText (List, 2, 1), "ab");
-  Cd ()->SetItemText (List, 9, 0, Ascii ("no such column"));
-  Cd ()->SetItemText (List, 1, 7, Ascii ("no such row"));
-  EXPECT_EQ (Controls ().CellText (List, 1, 1), "");
+  // Capacity 4 holds three bytes and the terminator; a double-byte character
+  // is never split; no such column, no such row.
+  const std::tuple<UINT16, UINT16, const char *> Cells[] = {
+      {1, 0, "1,234,567"}, {2, 0, "abcdef"}, {2, 1, "a\xC4\xBF\xC2\xBC"}, {2, 1, "ab\xC4\xBF"}, {9, 0, "x"}, {1, 7, "x"}};
+  std::string Shown = Controls ().CellText (List, 0, 0);
+  for (auto [Column, Row, Text] : Cells) {
+    Cd ()->SetItemText (List, Column, Row, Ascii (Text));
+    Shown += "|" + Controls ().CellText (List, Column, Row);
+  }
+  EXPECT_EQ (Shown + "|" + Controls ().CellText (List, 1, 1), "readme.txt|1,234,567|abc|a\xC4\xBF|ab|||");
 
   // Names longer than column 0 allows are cut there, the item keeps 191 bytes.
   std::string Long (300, 'n');
@@ -104,12 +100,9 @@ TEST_F (ListTest, VisibleRowsFollowTheHeightAndAScrollBarAppearsWhenRowsExceedTh
   // A resize record makes the list taller: no scroll bar any more.
   MESSAGE Resize = ResizeMessage (400, 600, true, 3, 70);
   Wb ()->SendMessage (List, &Resize);
-  EXPECT_EQ (List->Control.Width, 400);
-  EXPECT_EQ (List->Control.Height, 600);
-  EXPECT_EQ (List->Control.X, 3);
-  EXPECT_EQ (List->Control.Y, 70);
+  EXPECT_EQ ((std::vector<int> {List->Control.X, List->Control.Y, List->Control.Width, List->Control.Height, List->TopRow}),
+             (std::vector<int> {3, 70, 400, 600, 0}));
   EXPECT_EQ (List->ScrollBar, nullptr);
-  EXPECT_EQ (List->TopRow, 0);
 
   Cd ()->ClearList (List);
   EXPECT_EQ (List->RowCount, 0);
@@ -202,18 +195,13 @@ TEST_F (ListTest, OnlyACellThatDoesNotShowWholeGivesATooltip) {
   EXPECT_FALSE (Controls ().ShowCellTip (List, 0, 0, 50, 60));
   EXPECT_FALSE (Controls ().ShownCellTip (Tip));
   ASSERT_TRUE (Controls ().ShowCellTip (List, 0, 1, 50, 60));
-  ASSERT_TRUE (Controls ().ShownCellTip (Tip));
-  EXPECT_EQ (Tip.Text, "a-name-much-longer-than-its-column.txt");
-  EXPECT_EQ (Tip.X, 50);
-  EXPECT_EQ (Tip.Y, 60);
   // It stays where it appeared while the pointer is on the same cell.
   EXPECT_TRUE (Controls ().ShowCellTip (List, 0, 1, 55, 61));
   ASSERT_TRUE (Controls ().ShownCellTip (Tip));
-  EXPECT_EQ (Tip.X, 50);
-  // Empty cells, cells out of range and a row that went give none.
-  EXPECT_FALSE (Controls ().ShowCellTip (List, 1, 1, 0, 0));
-  EXPECT_FALSE (Controls ().ShowCellTip (List, 7, 1, 0, 0));
-  EXPECT_FALSE (Controls ().ShowCellTip (List, 0, 9, 0, 0));
+  EXPECT_TRUE (Tip.Text == "a-name-much-longer-than-its-column.txt" && Tip.X == 50 && Tip.Y == 60);
+  // Empty cells and cells out of range give none.
+  EXPECT_FALSE (Controls ().ShowCellTip (List, 1, 1, 0, 0) || Controls ().ShowCellTip (List, 7, 1, 0, 0) ||
+                Controls ().ShowCellTip (List, 0, 9, 0, 0));
   // Nor do rows that went, whatever comes in their place.
   Cd ()->ClearList (List);
   AddRows ({"b.txt", "another-name-longer-than-its-column.txt"});
@@ -244,8 +232,7 @@ TEST_F (ListTest, TypingInAFocusedListSearchesAndControlKeysReachTheWindow) {
   Windows ().SendKey (Window, 'R', 0, 0);
   EXPECT_EQ (List->CurrentRow, 2);
   auto Search = Notifications (NOTIFY_SEARCH);
-  ASSERT_EQ (Search.size (), 2u);
-  EXPECT_EQ (Search[1].Word2, 0);
+  EXPECT_TRUE (Search.size () == 2 && Search[1].Word2 == 0);
   EXPECT_EQ (Notifications (NOTIFY_SELECTION).back ().Word6, 2);
   EXPECT_TRUE (Received (Window, MSG_KEY).empty ()) << "type-ahead keys are the list's";
   // A letter that continues no name starts again after the current row: "b" cycles to beta.
@@ -259,37 +246,26 @@ TEST_F (ListTest, TypingInAFocusedListSearchesAndControlKeysReachTheWindow) {
   EXPECT_EQ (List->CurrentRow, 3);
   Windows ().SendKey (Window, 'c', 0, KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL);
   Windows ().SendKey (Window, 0, SCAN_CODE_DELETE, 0);
-  auto Keys = Received (Window, MSG_KEY);
-  ASSERT_EQ (Keys.size (), 2u);
-  EXPECT_EQ (Keys[0].Word2, 'c');
-  EXPECT_EQ (Keys[0].Dword8, KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL);
-  EXPECT_EQ (Keys[1].Word4, SCAN_CODE_DELETE);
+  std::string Keys;
+  for (const MESSAGE &K : Received (Window, MSG_KEY))
+    Keys += std::to_string (K.Word2) + "/" + std::to_string (K.Word4) + "/" + std::to_string (K.Dword8) + " ";
+  EXPECT_EQ (Keys, "99/0/" + std::to_string (KEY_STATE_VALID | KEY_STATE_LEFT_CONTROL) + " 0/8/0 ");
   EXPECT_EQ (List->CurrentRow, 3);
 }
 
-// What the window saw of an edit's end, read while the notification is delivered.
-struct EditSeen {
-  UINT8 Code = 0;
-  UINT16 Row = 0, Cancelled = 0, Id = 0;
-  std::string Typed, RowName;
-  UINT16 RowsDuring = 0;
-};
-EditSeen gSeen;
+// What the window saw of an edit's end, read while the notification is
+// delivered: "code row cancelled id typed|name of the row|rows".
+std::string gSeen;
 CONTROL_DRIVER_PROTOCOL *gCd = nullptr;
 LIST_CONTROL *gList = nullptr;
 bool gRebuild = false;
 
 UINT8 ReadEdit (WINDOW_HEADER *, MESSAGE *M) {
   if (M->Type != MSG_NOTIFY || (M->Code != NOTIFY_RENAME_DONE && M->Code != NOTIFY_NEW_ITEM_DONE)) return 0;
-  gSeen.Code = M->Code;
-  gSeen.Row = M->Word2;
-  gSeen.Cancelled = M->Word4;
-  gSeen.Id = M->Word6;
-  CONTROL *Edit = static_cast<CONTROL *> (M->Pointer8);
-  gSeen.Typed = reinterpret_cast<char *> (Edit->Text);
   LIST_ITEM *Item = gCd->GetItem (gList, M->Word2);
-  gSeen.RowName = Item != nullptr ? reinterpret_cast<char *> (Item->Name) : "(none)";
-  gSeen.RowsDuring = gList->RowCount;
+  gSeen = std::to_string (M->Code) + " " + std::to_string (M->Word2) + " " + std::to_string (M->Word4) + " " +
+          std::to_string (M->Word6) + " " + reinterpret_cast<char *> (static_cast<CONTROL *> (M->Pointer8)->Text) + "|" +
+          (Item != nullptr ? reinterpret_cast<char *> (Item->Name) : "(none)") + "|" + std::to_string (gList->RowCount);
   if (gRebuild) {
     // As a refresh does: the listing is read again.
     gCd->ClearList (gList);
@@ -307,7 +283,7 @@ void ListTest::WatchEdits (bool Rebuild) {
   gReaction = ReadEdit;
 }
 
-TEST_F (ListTest, RenameEditsTheCurrentRowAndReportsTheTypedText) {
+TEST_F (ListTest, RenameAndNewItemEditsReportTheTypedTextWithTheirRow) {
   WatchEdits (false);
   AddRows ({"a.txt", "b.txt", "c.txt"});
   List->CurrentRow = 1;
@@ -315,27 +291,19 @@ TEST_F (ListTest, RenameEditsTheCurrentRowAndReportsTheTypedText) {
   ASSERT_TRUE (Controls ().Editing (List));
   EXPECT_EQ (Controls ().EditRow (List), 1);
   auto *Edit = static_cast<CONTROL *> (Window->FocusControl);
-  ASSERT_NE (Edit, nullptr);
-  EXPECT_EQ (Edit->Kind, CONTROL_KIND_EDIT);
+  ASSERT_TRUE (Edit != nullptr && Edit->Kind == CONTROL_KIND_EDIT);
   EXPECT_STREQ (reinterpret_cast<char *> (Edit->Text), "b.txt");
 
+  const std::string Id = " " + std::to_string (List->Control.Id) + " ";
   Controls ().FinishEdit (List, "renamed.txt", true);
-  EXPECT_EQ (gSeen.Code, NOTIFY_RENAME_DONE);
-  EXPECT_EQ (gSeen.Row, 1);
-  EXPECT_EQ (gSeen.Cancelled, 0);
-  EXPECT_EQ (gSeen.Id, List->Control.Id);
-  EXPECT_EQ (gSeen.Typed, "renamed.txt");
-  EXPECT_EQ (gSeen.RowName, "b.txt");
-  EXPECT_FALSE (Controls ().Editing (List));
-  EXPECT_EQ (List->RowCount, 3);
-  EXPECT_EQ (Window->FocusControl, List);
+  EXPECT_EQ (gSeen, "6 1 0" + Id + "renamed.txt|b.txt|3");
+  EXPECT_TRUE (!Controls ().Editing (List) && List->RowCount == 3 && Window->FocusControl == List);
 
   // Typed keys go to the edit; Escape cancels.
   Cd ()->BeginRename (List, Window);
   Windows ().SendKey (Window, 'x', 0, 0);
   Windows ().SendKey (Window, 0, SCAN_CODE_ESCAPE, 0);
-  EXPECT_EQ (gSeen.Cancelled, 1);
-  EXPECT_EQ (gSeen.Typed, "b.txtx");
+  EXPECT_EQ (gSeen, "6 1 1" + Id + "b.txtx|b.txt|3");
   // Without a current row, the first selected row is edited; with neither, nothing.
   List->CurrentRow = 0xFFFF;
   Controls ().SelectRows (List, {2});
@@ -346,24 +314,15 @@ TEST_F (ListTest, RenameEditsTheCurrentRowAndReportsTheTypedText) {
   Cd ()->ClearList (List);
   Cd ()->BeginRename (List, Window);
   EXPECT_FALSE (Controls ().Editing (List));
-}
 
-TEST_F (ListTest, ANewItemRowExistsDuringItsNotificationAndIsRemovedAfterwards) {
-  WatchEdits (false);
+  // A new item's row exists during its notification and is removed afterwards.
   AddRows ({"a", "b"});
   Cd ()->BeginNewItem (List, 4, TRUE, Ascii ("new dir"));
-  EXPECT_EQ (List->RowCount, 3);
   EXPECT_EQ (Controls ().EditRow (List), 2);
-  EXPECT_EQ (Cd ()->GetItem (List, 2)->Icon, 4);
-  EXPECT_EQ (Cd ()->GetItem (List, 2)->IsDirectory, 1);
+  EXPECT_TRUE (Cd ()->GetItem (List, 2)->Icon == 4 && Cd ()->GetItem (List, 2)->IsDirectory == 1);
 
   Controls ().FinishEdit (List, "photos", true);
-  EXPECT_EQ (gSeen.Code, NOTIFY_NEW_ITEM_DONE);
-  EXPECT_EQ (gSeen.Row, 2);
-  EXPECT_EQ (gSeen.Cancelled, 0);
-  EXPECT_EQ (gSeen.Typed, "photos");
-  EXPECT_EQ (gSeen.RowName, "new dir");
-  EXPECT_EQ (gSeen.RowsDuring, 3);
+  EXPECT_EQ (gSeen, "7 2 0" + Id + "photos|new dir|3");
   EXPECT_EQ (List->RowCount, 2);
   EXPECT_EQ (Controls ().CellText (List, 0, 1), "b");
 

@@ -7,22 +7,17 @@
 
 namespace {
 
-// What the dialog saw of one tree notification, read during delivery.
-struct TreeSeen {
-  UINT8 Code;
-  UINT16 Index;
-  std::string Path, Typed;
-  UINT16 X, Y;
-};
-std::vector<TreeSeen> gTree;
+// What the dialog saw of each tree notification, read during delivery:
+// "code item path typed x,y".
+std::vector<std::string> gTree;
 uint32_t gAnswer = 0;   // written into edit notifications
 
 UINT8 ReadTree (WINDOW_HEADER *, MESSAGE *M) {
   if (M->Type != MSG_TREE_NOTIFY) return 0;
   auto *Data = static_cast<TREE_NOTIFY_DATA *> (M->Pointer8);
-  TreeSeen Seen {M->Code, M->Word4, Data->ItemPath ? reinterpret_cast<char *> (Data->ItemPath) : "",
-                 Data->TypedName ? reinterpret_cast<char *> (Data->TypedName) : "", Data->X, Data->Y};
-  gTree.push_back (Seen);
+  auto Text = [] (CHAR8 *T) { return T ? std::string (reinterpret_cast<char *> (T)) : std::string (); };
+  gTree.push_back (std::to_string (M->Code) + " " + std::to_string (M->Word4) + " " + Text (Data->ItemPath) + " " +
+                   Text (Data->TypedName) + " " + std::to_string (Data->X) + "," + std::to_string (Data->Y));
   if (M->Code == TREE_NEW_ITEM_DONE || M->Code == TREE_RENAME_DONE) Data->Answer = gAnswer;
   return 0;
 }
@@ -63,16 +58,12 @@ TEST_F (TreeTest, ItemsGetFullPathsDepthsAndChildrenGoUnderTheirParent) {
   EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\docs\\2024", "\\docs\\2024\\x", "\\docs\\a.txt",
                                                    "\\music", "\\notes.txt"}));
   EXPECT_EQ (Tree->ItemCount, 7);
-  FILE_LIST_ITEM *Root = Cd ()->GetFileListItem (Tree, 0);
-  ASSERT_NE (Root, nullptr);
-  EXPECT_EQ (Root->Depth, 0);
-  EXPECT_STREQ (reinterpret_cast<char *> (Root->Name), "\\");
-  FILE_LIST_ITEM *X = Cd ()->GetFileListItem (Tree, 3);
-  EXPECT_EQ (X->Depth, 3);
-  EXPECT_STREQ (reinterpret_cast<char *> (X->Name), "x");
-  EXPECT_EQ (X->Icon, 5);
-  EXPECT_EQ (Cd ()->GetFileListItem (Tree, 4)->HasChildren, 0);
-  EXPECT_EQ (Cd ()->GetFileListItem (Tree, 7), nullptr);
+  // Each item as "name depth icon children".
+  std::string Items;
+  for (UINT16 I = 0; FILE_LIST_ITEM *Item = Cd ()->GetFileListItem (Tree, I); I++)
+    Items += reinterpret_cast<char *> (Item->Name) + (" " + std::to_string (Item->Depth)) + " " +
+             std::to_string (Item->Icon) + " " + std::to_string (Item->HasChildren) + "|";
+  EXPECT_EQ (Items, "\\ 0 2 1|docs 1 5 1|2024 2 5 1|x 3 5 1|a.txt 2 5 0|music 1 5 1|notes.txt 1 5 0|");
 
   // A path that would not fit 512 bytes is refused; the count stays.
   std::string Deep = "\\" + std::string (505, 'd');
@@ -92,20 +83,11 @@ TEST_F (TreeTest, UserActionsSendTreeNotificationsWithTheItemPath) {
   Controls ().ExpandTreeItem (Tree, 2);   // no children: nothing to expand
   Controls ().TreeContextClick (Tree, 2, 30, 40);
   Controls ().ActivateTreeItem (Tree, 2);
-  ASSERT_EQ (gTree.size (), 4u);
-  EXPECT_EQ (gTree[0].Code, TREE_SELECTED);
-  EXPECT_EQ (gTree[0].Index, 1);
-  EXPECT_EQ (gTree[0].Path, "\\docs");
-  EXPECT_EQ (gTree[1].Code, TREE_EXPANDED);
-  EXPECT_EQ (gTree[1].Path, "\\docs");
-  EXPECT_EQ (gTree[2].Code, TREE_CONTEXT);
-  EXPECT_EQ (gTree[2].Path, "\\empty");
-  // Context clicks report screen positions: window 10,20 + tree 10,60 + click.
-  EXPECT_EQ (gTree[2].X, 10 + 10 + 30);
-  EXPECT_EQ (gTree[2].Y, 20 + 60 + 40);
+  // Selected, expanded, context (at the screen position: window 10,20 + tree
+  // 10,60 + click), activated.
+  EXPECT_EQ (gTree, (std::vector<std::string> {"6 1 \\docs  0,0", "5 1 \\docs  0,0", "3 2 \\empty  50,120",
+                                               "2 2 \\empty  0,0"}));
   EXPECT_EQ (Tree->SelectedItem, 2);
-  EXPECT_EQ (gTree[3].Code, TREE_ACTIVATED);
-  EXPECT_EQ (gTree[3].Index, 2);
 
   // Collapsing an expanded item drops its children without a message.
   Add ("sub", "\\docs");
@@ -134,11 +116,7 @@ TEST_F (TreeTest, EditsAskTheDialogAndARefusedEditLeavesTheTreeAsItWas) {
   EXPECT_EQ (Tree->ItemCount, 4);
   gAnswer = TREE_REFUSE_EDIT;
   EXPECT_EQ (Controls ().FinishTreeEdit (Tree, "new", true), TREE_REFUSE_EDIT);
-  ASSERT_EQ (gTree.size (), 1u);
-  EXPECT_EQ (gTree[0].Code, TREE_NEW_ITEM_DONE);
-  EXPECT_EQ (gTree[0].Index, 2);
-  EXPECT_EQ (gTree[0].Path, "\\docs");
-  EXPECT_EQ (gTree[0].Typed, "new");
+  EXPECT_EQ (gTree, (std::vector<std::string> {"7 2 \\docs new 0,0"}));
   EXPECT_FALSE (Controls ().TreeEditing (Tree));
   EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\zeta"}));
 
@@ -156,10 +134,7 @@ TEST_F (TreeTest, EditsAskTheDialogAndARefusedEditLeavesTheTreeAsItWas) {
   EXPECT_TRUE (gTree.empty ());
   Cd ()->BeginFileListRename (Tree, Dialog);
   EXPECT_EQ (Controls ().FinishTreeEdit (Tree, "renamed", true), 0u);
-  ASSERT_EQ (gTree.size (), 1u);
-  EXPECT_EQ (gTree[0].Code, TREE_RENAME_DONE);
-  EXPECT_EQ (gTree[0].Path, "\\docs\\new");
-  EXPECT_EQ (gTree[0].Typed, "renamed");
+  EXPECT_EQ (gTree, (std::vector<std::string> {"8 2 \\docs\\new renamed 0,0"}));
   EXPECT_EQ (Paths (), (std::vector<std::string> {"\\", "\\docs", "\\docs\\renamed", "\\zeta"}));
   gAnswer = TREE_REFUSE_EDIT;
   Cd ()->BeginFileListRename (Tree, Dialog);
@@ -172,84 +147,61 @@ TEST_F (TreeTest, EditsAskTheDialogAndARefusedEditLeavesTheTreeAsItWas) {
   EXPECT_FALSE (Controls ().TreeEditing (Tree));
 }
 
-TEST_F (WindowTest, ComboChoiceSetsBothRowsAndNotifiesWithTheComboId) {
+// A combo box, a log view and a text view on one dialog.
+TEST_F (WindowTest, CombosLogViewsAndTextViewsKeepWhatTheyAreGiven) {
   WINDOW_HEADER *Dialog = NewWindow (848);
+  // A choice sets both rows and notifies with the combo's id; no such row changes nothing.
   COMBO_BOX *Combo = Cd ()->CreateComboBox (100, 30, 280, 260, 0, Dialog);
   ASSERT_NE (Combo, nullptr);
   EXPECT_EQ (Combo->CurrentRow, 0xFFFF);
   Cd ()->AddComboItem (Combo, Ascii ("SYSTEM"), 0);
   Cd ()->AddComboItem (Combo, Ascii ("DATA"), 0);
-  EXPECT_EQ (Combo->ItemCount, 2);
   Controls ().ChooseComboRow (Combo, 1);
-  EXPECT_EQ (Combo->CurrentRow, 1);
-  EXPECT_EQ (Combo->ChosenRow, 1);
+  Controls ().ChooseComboRow (Combo, 2);
+  EXPECT_EQ ((std::vector<int> {Combo->ItemCount, Combo->CurrentRow, Combo->ChosenRow}), (std::vector<int> {2, 1, 1}));
   EXPECT_STREQ (reinterpret_cast<char *> (Combo->Control.Text), "DATA");
+  EXPECT_EQ (Controls ().ComboItems (Combo), (std::vector<std::string> {"SYSTEM", "DATA"}));
   auto Notes = Received (Dialog, MSG_NOTIFY);
   ASSERT_EQ (Notes.size (), 1u);
-  EXPECT_EQ (Notes[0].Code, NOTIFY_SELECTION);
-  EXPECT_EQ (Notes[0].Word6, 1);
-  EXPECT_EQ (Notes[0].Word10, Combo->Control.Id);
-  Controls ().ChooseComboRow (Combo, 2);   // no such row
-  EXPECT_EQ (Received (Dialog, MSG_NOTIFY).size (), 1u);
-  EXPECT_EQ (Controls ().ComboItems (Combo), (std::vector<std::string> {"SYSTEM", "DATA"}));
-}
+  EXPECT_EQ ((std::vector<int> {Notes[0].Code, Notes[0].Word6, Notes[0].Word10}), (std::vector<int> {3, 1, Combo->Control.Id}));
 
-TEST_F (WindowTest, LogViewKeepsItsLinesAndReportsContextClicks) {
-  WINDOW_HEADER *Window = NewWindow (848);
-  LOG_VIEW *Log = Cd ()->CreateLogView (Window, 10, 100, 280, 92, 0);
+  // A log view keeps its lines, shows the last, and reports context clicks.
+  LOG_VIEW *Log = Cd ()->CreateLogView (Dialog, 10, 100, 280, 92, 0);
   ASSERT_NE (Log, nullptr);
   EXPECT_EQ (Log->SelectedLine, 0xFFFF);
   Cd ()->StartLogView (Log, Ascii ("\\docs"));
   Cd ()->AppendLine (Log, 0xFFFF, Ascii ("one"));
   Cd ()->AppendLine (Log, 0xFFFF, Ascii ("two"));
   Cd ()->AppendLine (Log, 0, Ascii ("zero"));
-  EXPECT_EQ (Log->LineCount, 3);
   EXPECT_EQ (Controls ().LogLines (Log), (std::vector<std::string> {"zero", "one", "two"}));
   EXPECT_EQ (Controls ().LogPath (Log), "\\docs");
   for (int I = 0; I < 20; I++) Cd ()->AppendLine (Log, 0xFFFF, Ascii ("more"));
   Cd ()->ShowLine (Log, 65535);
-  UINT16 Line = Wb ()->GuiDriver->GetLineHeight ();
-  UINT16 Visible = (92 - 4) / (Line + 2);
-  EXPECT_EQ (Log->TopLine, 23 - Visible);
-
+  EXPECT_EQ (Log->TopLine, 23 - (92 - 4) / (Wb ()->GuiDriver->GetLineHeight () + 2));
   Controls ().SelectLogLine (Log, 1);
   EXPECT_EQ (Log->SelectedLine, 1);
   Controls ().LogContextClick (Log, 5, 6);
-  auto Notes = Received (Window, MSG_NOTIFY);
-  ASSERT_EQ (Notes.size (), 1u);
-  EXPECT_EQ (Notes[0].Code, NOTIFY_LOG_CONTEXT);
-  EXPECT_EQ (Notes[0].Word2, 7);
-  EXPECT_EQ (Notes[0].Word4, 10 + 10 + 5);
-  EXPECT_EQ (Notes[0].Word6, 20 + 100 + 6);
-  EXPECT_EQ (Notes[0].Pointer8, Log);
-
+  Notes = Received (Dialog, MSG_NOTIFY);
+  ASSERT_EQ (Notes.size (), 2u);
+  EXPECT_EQ ((std::vector<int> {Notes[1].Code, Notes[1].Word2, Notes[1].Word4, Notes[1].Word6}),
+             (std::vector<int> {13, 7, 10 + 10 + 5, 20 + 100 + 6}));
+  EXPECT_EQ (Notes[1].Pointer8, Log);
   Cd ()->StartLogView (Log, Ascii ("\\music"));
-  EXPECT_EQ (Log->LineCount, 0);
-  EXPECT_EQ (Log->SelectedLine, 0xFFFF);
-  EXPECT_EQ (Controls ().LogPath (Log), "\\music");
-}
+  EXPECT_TRUE (Log->LineCount == 0 && Log->SelectedLine == 0xFFFF && Controls ().LogPath (Log) == "\\music");
 
-TEST_F (WindowTest, TextViewKeepsItsOwnCopyOfLengthBytes) {
-  WINDOW_HEADER *Help = NewWindow (272);
+  // A text view keeps its own copy of the bytes it was given, NULs included;
+  // a resize record without byte 7 keeps its position.
   char Source[] = "Press F1 for help, any key to go on";
   CONTROL_RECT Rect {3, 24, 394, 273};
-  CONTROL *View = Cd ()->CreateTextView (Help, 3, Ascii (Source), 5, &Rect);
+  CONTROL *View = Cd ()->CreateTextView (Dialog, 3, Ascii (Source), 5, &Rect);
   ASSERT_NE (View, nullptr);
   Source[0] = 'X';
-  EXPECT_EQ (Controls ().TextViewText (View), "Press");
-  EXPECT_EQ (Wb ()->GetControl (Help, 3), View);
-  EXPECT_EQ (View->X, 3);
-  EXPECT_EQ (View->Height, 273);
-  CONTROL *Zero = Cd ()->CreateTextView (Help, 4, Ascii ("a\0b"), 3, &Rect);
+  EXPECT_TRUE (Controls ().TextViewText (View) == "Press" && Wb ()->GetControl (Dialog, 3) == View);
+  CONTROL *Zero = Cd ()->CreateTextView (Dialog, 4, Ascii ("a\0b"), 3, &Rect);
   EXPECT_EQ (Controls ().TextViewText (Zero), std::string ("a\0b", 3));
-
-  // A resize record without byte 7 keeps the position.
   MESSAGE Resize = ResizeMessage (44, 13);
   Wb ()->SendMessage (View, &Resize);
-  EXPECT_EQ (View->Width, 44);
-  EXPECT_EQ (View->Height, 13);
-  EXPECT_EQ (View->X, 3);
-  EXPECT_EQ (View->Y, 24);
+  EXPECT_EQ ((std::vector<int> {View->X, View->Y, View->Width, View->Height}), (std::vector<int> {3, 24, 44, 13}));
 }
 
 }  // namespace

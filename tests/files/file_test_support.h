@@ -69,12 +69,15 @@ class FileDriverTest : public ::testing::Test {
     for (auto &E : Entries) Out.emplace_back (reinterpret_cast<const char *> (E.Name));
     return Out;
   }
-
-  // Sets the process time zone (each test runs in its own process).
-  static void UseTimeZone (const char *Zone) {
-    setenv ("TZ", Zone, 1);
-    tzset ();
+  // Each entry as "name size", folders as "name/ size".
+  static std::vector<std::string> Rows (const std::vector<DIRECTORY_ENTRY> &Entries) {
+    std::vector<std::string> Out;
+    for (auto &E : Entries)
+      Out.push_back (reinterpret_cast<const char *> (E.Name) + std::string (E.IsDirectory ? "/ " : " ") +
+                     std::to_string (E.Size));
+    return Out;
   }
+
   // Sets the modification (and access) time of a host file.
   void SetModified (const std::string &Relative, time_t Seconds, long Nanoseconds = 0) {
     struct timespec Times[2] = {{Seconds, Nanoseconds}, {Seconds, Nanoseconds}};

@@ -6,7 +6,7 @@
 
 namespace fs = std::filesystem;
 
-TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
+TEST_F (FileDriverTest, MountFillsTheVolumeRecordsAndServicesAreFoundByGuid) {
   EXPECT_EQ (T->Version, 9u);
   env::VolumeSpec Spec;
   Spec.Folder = Main_.Path ().string ();
@@ -17,11 +17,8 @@ TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
   int First = env::MountFolder (*Files_, Spec);
   ASSERT_EQ (First, 0);
   const VOLUME_RECORD &R = T->Volumes[0];
-  EXPECT_NE (R.InUse, 0u);
-  EXPECT_NE (R.Offered, 0u);
-  EXPECT_EQ (R.Kind, 3);
-  EXPECT_EQ (R.Flags, 0x81);
-  EXPECT_EQ (R.FileSystemType, 2);
+  EXPECT_EQ (std::vector<int> ({R.InUse != 0, R.Offered != 0, R.Kind, R.Flags, R.FileSystemType}),
+             std::vector<int> ({1, 1, 3, 0x81, 2}));
   EXPECT_STREQ (reinterpret_cast<const char *> (R.Label), "C:");
 
   // Without a label the folder's last component names the volume.
@@ -39,12 +36,9 @@ TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
   for (int I = 2; I < VOLUME_COUNT; I++) ASSERT_EQ (Mount (Main_.Path ()), I);
   EXPECT_EQ (Mount (Main_.Path ()), -1);
   EXPECT_TRUE (Files_->Unmount (5));
-  EXPECT_EQ (T->Volumes[5].InUse, 0u);
-  EXPECT_EQ (T->Volumes[5].Offered, 0u);
-  EXPECT_EQ (T->Volumes[5].Label[0], 0);
-  EXPECT_FALSE (Files_->Mounted (5));
-  EXPECT_FALSE (Files_->Unmount (5));
-  EXPECT_FALSE (Files_->Unmount (24));
+  EXPECT_EQ (std::vector<int> ({T->Volumes[5].InUse != 0, T->Volumes[5].Offered != 0, T->Volumes[5].Label[0],
+                                Files_->Mounted (5), Files_->Unmount (5), Files_->Unmount (24)}),
+             std::vector<int> (6, 0));
   EXPECT_EQ (Mount (Main_.Path ()), 5);
 
   // FlushVolume flushes and counts; an unknown volume is ignored.
@@ -52,35 +46,33 @@ TEST_F (FileDriverTest, MountFillsTheVolumeRecords) {
   T->FlushVolume (200);
   EXPECT_EQ (Files_->FlushCount (First), 1u);
   EXPECT_EQ (Files_->FlushCount (Second), 0u);
-}
 
-TEST_F (FileDriverTest, LocateServiceFindsRegisteredTables) {
-  EFI_GUID First = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
-  EFI_GUID Second = First;
-  Second.Data4[7] = 9;
+  // The service registry.
+  EFI_GUID Guid = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
+  EFI_GUID Next = Guid;
+  Next.Data4[7] = 9;
   int TableA = 1, TableB = 2;
-  EXPECT_EQ (T->LocateService (&First), nullptr);
-  Files_->RegisterService (First, &TableA);
-  Files_->RegisterService (Second, &TableB);
-  EXPECT_EQ (T->LocateService (&First), &TableA);
-  EXPECT_EQ (T->LocateService (&Second), &TableB);
-  Files_->RegisterService (First, &TableB);   // replaces
-  EXPECT_EQ (T->LocateService (&First), &TableB);
-  Files_->UnregisterService (First);
-  EXPECT_EQ (T->LocateService (&First), nullptr);
-  EXPECT_EQ (T->LocateService (&Second), &TableB);
-  EXPECT_EQ (T->LocateService (nullptr), nullptr);
+  EXPECT_EQ (T->LocateService (&Guid), nullptr);
+  Files_->RegisterService (Guid, &TableA);
+  Files_->RegisterService (Next, &TableB);
+  EXPECT_EQ (T->LocateService (&Guid), &TableA);
+  Files_->RegisterService (Guid, &TableB);   // replaces
+  EXPECT_EQ (T->LocateService (&Guid), &TableB);
+  Files_->UnregisterService (Guid);
+  EXPECT_EQ (std::vector<void *> ({T->LocateService (&Guid), T->LocateService (&Next), T->LocateService (nullptr)}),
+             std::vector<void *> ({nullptr, &TableB, nullptr}));
 }
 
-TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
+TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolderAndRenameTakesABareName) {
   MountMain ();
   Write ("file.txt", "x");
   UINT8 V = static_cast<UINT8> (Volume_);
 
   EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir"), 1));
-  EXPECT_TRUE (fs::is_directory (Host ("new dir")));
   EXPECT_TRUE (T->CreateDirectory (V, A ("\\new dir\\inner\\"), 1));
   EXPECT_TRUE (fs::is_directory (Host ("new dir/inner")));
+  Write ("a.txt", "A");
+  Write ("b.txt", "B");
 
   // Refused: an existing folder or file, no parent, the root, a way out, a
   // "/" in the name, a name over 191 bytes.
@@ -91,20 +83,13 @@ TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolder) {
   EXPECT_FALSE (T->CreateDirectory (V, nullptr, 1));
   EXPECT_FALSE (T->CreateDirectory (static_cast<UINT8> (V + 1), A ("\\x"), 1));
   EXPECT_FALSE (fs::exists (Main_.Path ().parent_path () / "escape"));
-}
 
-TEST_F (FileDriverTest, RenameTakesABareNewName) {
-  MountMain ();
-  Write ("a.txt", "A");
-  Write ("b.txt", "B");
-  Dir ("folder");
-  UINT8 V = static_cast<UINT8> (Volume_);
-
+  // A rename takes a bare new name.
   EXPECT_TRUE (T->RenamePath (V, A ("\\a.txt"), A ("renamed.txt")));
   EXPECT_EQ (ReadHostFile (Host ("renamed.txt")), "A");
   EXPECT_FALSE (fs::exists (Host ("a.txt")));
-  EXPECT_TRUE (T->RenamePath (V, A ("\\folder\\"), A ("Folder 2")));
-  EXPECT_TRUE (fs::is_directory (Host ("Folder 2")));
+  EXPECT_TRUE (T->RenamePath (V, A ("\\new dir\\"), A ("Folder 2")));
+  EXPECT_TRUE (fs::is_directory (Host ("Folder 2/inner")));
 
   // Refused: a name that would overwrite, and names that are not bare or too long.
   for (const std::string &Bad :
@@ -148,15 +133,9 @@ TEST_F (FileDriverTest, WriteProtectedVolumesRefuseChangesButRead) {
   MountMain (VOLUME_FLAG_WRITE_PROTECTED);
   UINT8 V = static_cast<UINT8> (Volume_);
   EXPECT_TRUE (Files_->WriteProtected (Volume_));
-  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new"), 1));
-  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new.txt"), 0));
-  EXPECT_FALSE (T->RenamePath (V, A ("\\keep.txt"), A ("other.txt")));
-  EXPECT_FALSE (T->RenamePath (V, A ("\\folder"), A ("other")));
-  EXPECT_FALSE (fs::exists (Host ("new")));
-  EXPECT_EQ (ReadHostFile (Host ("keep.txt")), "kept");
-  EXPECT_TRUE (fs::is_directory (Host ("folder")));
-
-  EXPECT_EQ (Names (List ("\\")), (std::vector<std::string> {"folder", "keep.txt"}));
+  EXPECT_FALSE (T->CreateDirectory (V, A ("\\new"), 1) || T->CreateDirectory (V, A ("\\new.txt"), 0) ||
+                T->RenamePath (V, A ("\\keep.txt"), A ("other.txt")) || T->RenamePath (V, A ("\\folder"), A ("other")));
+  EXPECT_EQ (Rows (List ("\\")), (std::vector<std::string> {"folder/ 0", "keep.txt 4"}));
 
   // The comparison flags 0x81 and 0x82 carry bit 7 as well.
   Files_->Unmount (Volume_);

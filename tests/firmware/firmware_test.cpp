@@ -27,25 +27,19 @@ TEST (Firmware, HandleDatabase) {
   UINTN Count = 0;
   EFI_HANDLE *Handles = nullptr;
   ASSERT_EQ (Bs->LocateHandleBuffer (ByProtocol, &A, nullptr, &Count, &Handles), EFI_SUCCESS);
-  ASSERT_EQ (Count, 2u);
-  EXPECT_EQ (Handles[0], First);
-  EXPECT_EQ (Handles[1], Second);
-  EXPECT_EQ (Fw.LiveAllocations (), 1u);
-  EXPECT_EQ (Fw.BlockSize (Handles), 2 * sizeof (EFI_HANDLE));
+  EXPECT_EQ (std::vector<EFI_HANDLE> (Handles, Handles + Count), (std::vector<EFI_HANDLE> {First, Second}));
+  EXPECT_TRUE (Fw.LiveAllocations () == 1 && Fw.BlockSize (Handles) == 2 * sizeof (EFI_HANDLE));
   EXPECT_EQ (Bs->FreePool (Handles), EFI_SUCCESS);
   EXPECT_EQ (Fw.LiveAllocations (), 0u);
   EFI_GUID Unknown = {1, 2, 3, {0}};
   EXPECT_EQ (Bs->LocateHandleBuffer (ByProtocol, &Unknown, nullptr, &Count, &Handles), EFI_NOT_FOUND);
-  EXPECT_EQ (Count, 0u);
-  EXPECT_EQ (Handles, nullptr);
+  EXPECT_TRUE (Count == 0 && Handles == nullptr);
 
   VOID *Found = nullptr;
   EXPECT_EQ (Bs->OpenProtocol (First, &B, &Found, First, nullptr, EFI_OPEN_PROTOCOL_GET_PROTOCOL), EFI_SUCCESS);
   EXPECT_EQ (Found, &InterfaceB);
-  EXPECT_EQ (Bs->HandleProtocol (Second, &A, &Found), EFI_SUCCESS);
-  EXPECT_EQ (Found, &InterfaceB);
-  EXPECT_EQ (Bs->HandleProtocol (Second, &B, &Found), EFI_UNSUPPORTED);
-  EXPECT_EQ (Found, nullptr);
+  EXPECT_TRUE (Bs->HandleProtocol (Second, &A, &Found) == EFI_SUCCESS && Found == &InterfaceB);
+  EXPECT_TRUE (Bs->HandleProtocol (Second, &B, &Found) == EFI_UNSUPPORTED && Found == nullptr);
 
   // Uninstalling needs the right interface; the last protocol takes the handle with it.
   EXPECT_EQ (Bs->UninstallProtocolInterface (Second, &A, &InterfaceA), EFI_NOT_FOUND);
@@ -58,32 +52,27 @@ TEST (Firmware, HandleDatabase) {
   EXPECT_EQ (Bs->Stall (10), EFI_UNSUPPORTED);
 }
 
-TEST (Firmware, PoolAccountingAndFailures) {
+TEST (Firmware, PoolAccountingFailuresAndTheConsole) {
   env::Firmware Fw;
   EFI_BOOT_SERVICES *Bs = Fw.BootServices ();
   VOID *One = nullptr, *Two = nullptr;
   ASSERT_EQ (Bs->AllocatePool (EfiBootServicesData, 100, &One), EFI_SUCCESS);
   ASSERT_EQ (Bs->AllocatePool (EfiBootServicesData, 28, &Two), EFI_SUCCESS);
-  EXPECT_EQ (Fw.LiveAllocations (), 2u);
-  EXPECT_EQ (Fw.LiveBytes (), 128u);
-  EXPECT_EQ (Fw.BlockSize (One), 100u);
-  EXPECT_EQ (Fw.BlockSize (static_cast<UINT8 *> (One) + 1), 0u);  // not the start of a block
+  // One past the start of a block is no block.
+  EXPECT_EQ ((std::vector<size_t> {Fw.LiveAllocations (), Fw.LiveBytes (), Fw.BlockSize (One),
+                                   Fw.BlockSize (static_cast<UINT8 *> (One) + 1)}),
+             (std::vector<size_t> {2, 128, 100, 0}));
   EXPECT_EQ (Bs->FreePool (One), EFI_SUCCESS);
   EXPECT_EQ (Bs->FreePool (One), EFI_INVALID_PARAMETER);  // twice: refused and counted
-  EXPECT_EQ (Fw.BadFrees (), 1u);
-  EXPECT_EQ (Fw.LiveBytes (), 28u);
+  EXPECT_TRUE (Fw.BadFrees () == 1 && Fw.LiveBytes () == 28);
 
   // Two calls succeed, then two fail, then it works again.
   Fw.FailService (env::BootService::AllocatePool, EFI_OUT_OF_RESOURCES, 2, 2);
   VOID *P[5] = {};
-  EFI_STATUS Status[5];
-  for (int I = 0; I < 5; I++) Status[I] = Bs->AllocatePool (EfiBootServicesData, 8, &P[I]);
-  EXPECT_EQ (Status[0], EFI_SUCCESS);
-  EXPECT_EQ (Status[1], EFI_SUCCESS);
-  EXPECT_EQ (Status[2], EFI_OUT_OF_RESOURCES);
+  std::vector<EFI_STATUS> Status;
+  for (int I = 0; I < 5; I++) Status.push_back (Bs->AllocatePool (EfiBootServicesData, 8, &P[I]));
+  EXPECT_EQ (Status, (std::vector<EFI_STATUS> {EFI_SUCCESS, EFI_SUCCESS, EFI_OUT_OF_RESOURCES, EFI_OUT_OF_RESOURCES, EFI_SUCCESS}));
   EXPECT_EQ (P[2], nullptr);
-  EXPECT_EQ (Status[3], EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ (Status[4], EFI_SUCCESS);
   // Count 0: every call until cleared.
   Fw.FailService (env::BootService::HandleProtocol, EFI_DEVICE_ERROR, 0);
   EFI_GUID A = kGuidA;
@@ -91,10 +80,8 @@ TEST (Firmware, PoolAccountingAndFailures) {
   for (int I = 0; I < 3; I++) EXPECT_EQ (Bs->HandleProtocol (nullptr, &A, &Found), EFI_DEVICE_ERROR);
   Fw.ClearFailures ();
   EXPECT_EQ (Bs->HandleProtocol (nullptr, &A, &Found), EFI_INVALID_PARAMETER);
-}
 
-TEST (Firmware, ConsoleRecordsUtf16AsUtf8Lines) {
-  env::Firmware Fw;
+  // The console records UTF-16 as UTF-8 lines.
   SIMPLE_TEXT_OUTPUT_INTERFACE *Out = Fw.SystemTable ()->ConOut;
   CHAR16 First[] = {'o', 'n', 'e', '\r', '\n', 't', 'w', 0};
   CHAR16 Second[] = {'o', 0x00E9, 0x4E2D, 0xD83D, 0xDE00, '\r', '\n', 0};
@@ -149,8 +136,7 @@ TEST (Firmware, LoadsAndUnloadsImages) {
   EXPECT_EQ (Fw.HandlesWith (LoadedGuid).size (), 1u);  // refused: still loaded
   gUnloadAnswer = EFI_SUCCESS;
   EXPECT_EQ (Fw.UnloadImage (Image), EFI_SUCCESS);
-  EXPECT_EQ (gUnloadCalls, 2);
-  EXPECT_TRUE (Fw.HandlesWith (LoadedGuid).empty ());
+  EXPECT_TRUE (gUnloadCalls == 2 && Fw.HandlesWith (LoadedGuid).empty ());
   EXPECT_EQ (Fw.UnloadImage (Image), EFI_INVALID_PARAMETER);
 
   {

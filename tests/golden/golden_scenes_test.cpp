@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 
@@ -107,17 +108,31 @@ class GoldenScene : public DriverTest {
   }
 };
 
-TEST_F (GoldenScene, MainWindowWithAListing) {
+// One main window in turn: the About box of the Help menu over it, a toolbar
+// button's tooltip, the list's menu with a greyed item, and a selected row.
+TEST_F (GoldenScene, MainWindowWithItsBoxMenuTooltipAndSelection) {
+  SkipPoolCheck ();   // the menus live as long as the driver
   MAIN_WINDOW *W = OpenMain (ListingVolume ());
   ASSERT_NE (W, nullptr);
   ASSERT_EQ (W->List->RowCount, 4);
-  Env ().controls ().SelectRows (W->List, {2});
-  ExpectGolden ("main_window", Screen ());
-}
+  Image Shown;
+  Base ().SetMessageBoxAnswerer ([&] (const env::MessageBoxRecord &) -> UINTN {
+    Shown = Screen ();
+    return 1;
+  });
+  MENU_ITEM *Help = nullptr;
+  for (WINDOW_HEADER *Child : Base ().ChildWindows (&W->Header))
+    for (CONTROL *C : Base ().Controls (Child))
+      if (C->Kind == CONTROL_KIND_MENU_ITEM && Base ().WindowText (C).rfind ("Help", 0) == 0)
+        Help = reinterpret_cast<MENU_ITEM *> (C);
+  ASSERT_TRUE (Help != nullptr && Base ().ClickMenuItem (Help) && Base ().ShownPopup () != nullptr);
+  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (Base ().ShownPopup ());
+  ASSERT_EQ (Items.size (), 1u);
+  ASSERT_TRUE (Base ().ChoosePopupItem (Base ().ShownPopup (), Items[0].Text));
+  Base ().SetMessageBoxAnswerer (nullptr);
+  ASSERT_FALSE (Shown.Pixels.empty ()) << "no message box was shown";
+  ExpectGolden ("message_box", Shown);
 
-TEST_F (GoldenScene, ToolbarTooltipUnderThePointer) {
-  MAIN_WINDOW *W = OpenMain (ListingVolume ());
-  ASSERT_NE (W, nullptr);
   // Point at the toolbar buttons until one shows its tooltip.
   env::DesktopInput Mouse (Env ());
   env::RenderDesktop (Env ());
@@ -126,9 +141,25 @@ TEST_F (GoldenScene, ToolbarTooltipUnderThePointer) {
     for (int Y = W->Header.Y + 40; Y < W->Header.Y + 110 && !Base ().ShownTooltip (Tip); Y += 4) Mouse.MouseMove (X, Y);
   ASSERT_TRUE (Base ().ShownTooltip (Tip));
   ExpectGolden ("toolbar_tooltip", Screen ());
+
+  Mouse.MouseMove (1, 1);
+  Env ().controls ().SelectRows (W->List, {});
+  Env ().controls ().ContextClick (W->List, 60, 90);
+  WINDOW_HEADER *Popup = Base ().ShownPopup ();
+  ASSERT_NE (Popup, nullptr);
+  std::map<std::string, bool> States = PopupItemStates (Popup);
+  ASSERT_TRUE (std::any_of (States.begin (), States.end (), [] (auto &S) { return !S.second; }))
+      << "the scene needs a greyed item";
+  ExpectGolden ("popup_greyed_item", Screen ());
+  Base ().ClosePopup ();
+
+  Env ().controls ().SelectRows (W->List, {2});
+  ExpectGolden ("main_window", Screen ());
 }
 
-TEST_F (GoldenScene, CutNameWithItsTooltip) {
+// A name cut in its column shows whole in its tooltip; dragging the border
+// between the name and size titles 90 pixels to the right widens the column.
+TEST_F (GoldenScene, CutNameWithItsTooltipThenTheColumnWidened) {
   MAIN_WINDOW *W = OpenMain (ListingVolume (true));
   ASSERT_NE (W, nullptr);
   int Row = RowNamed (W->List, kLongName);
@@ -142,64 +173,53 @@ TEST_F (GoldenScene, CutNameWithItsTooltip) {
   ASSERT_TRUE (Env ().controls ().ShownCellTip (Tip));
   EXPECT_EQ (Tip.Text, kLongName);
   ExpectGolden ("cut_name_tooltip", Screen ());
-}
 
-TEST_F (GoldenScene, NameColumnWidenedByDraggingItsBorder) {
-  MAIN_WINDOW *W = OpenMain (ListingVolume (true));
-  ASSERT_NE (W, nullptr);
-  env::RenderDesktop (Env ());
-  env::DesktopInput Mouse (Env ());
-  // From the border between the name and size titles, 90 pixels to the right.
   env::ListColumnSpan Name = Env ().controls ().Geometry (W->List).Columns[0];
-  int X, Y;
   CellPoint (W->List, 0, -1, Name.X + Name.Width - Name.TextX, X, Y);
   Mouse.MouseDown (X, Y, env::MouseButton::Left, 1);
   Mouse.MouseMove (X + 90, Y);
   Mouse.MouseUp (X + 90, Y);
   env::ListGeometry After = Env ().controls ().Geometry (W->List);
-  EXPECT_EQ (After.Columns[0].Width, Name.Width + 90);
-  EXPECT_TRUE (After.HorizontalBar);
+  EXPECT_TRUE (After.Columns[0].Width == Name.Width + 90 && After.HorizontalBar);
   ExpectGolden ("resized_column", Screen ());
 }
 
-TEST_F (GoldenScene, OpenPopupWithAGreyedItem) {
-  SkipPoolCheck ();   // the context menu lives as long as the driver
-  MAIN_WINDOW *W = OpenMain (ListingVolume ());
-  ASSERT_NE (W, nullptr);
-  Env ().controls ().SelectRows (W->List, {});
-  Env ().controls ().ContextClick (W->List, 60, 90);
-  WINDOW_HEADER *Popup = Base ().ShownPopup ();
-  ASSERT_NE (Popup, nullptr);
-  std::map<std::string, bool> States = PopupItemStates (Popup);
-  ASSERT_TRUE (std::any_of (States.begin (), States.end (), [] (auto &S) { return !S.second; }))
-      << "the scene needs a greyed item";
-  ExpectGolden ("popup_greyed_item", Screen ());
-}
+UINT8 EFIAPI IgnoreMessages (WINDOW_HEADER *, MESSAGE *) { return 0; }
 
-TEST_F (GoldenScene, MessageBoxOverTheWindow) {
-  SkipPoolCheck ();   // the menus live as long as the driver
-  MAIN_WINDOW *W = OpenMain (ListingVolume ());
-  ASSERT_NE (W, nullptr);
-  // The About command of the Help menu: its box is drawn while it is shown.
-  Image Shown;
-  Base ().SetMessageBoxAnswerer ([&] (const env::MessageBoxRecord &) -> UINTN {
-    Shown = Screen ();
-    return 1;
-  });
-  MENU_ITEM *Help = nullptr;
-  for (WINDOW_HEADER *Child : Base ().ChildWindows (&W->Header))
-    for (CONTROL *C : Base ().Controls (Child))
-      if (C->Kind == CONTROL_KIND_MENU_ITEM && Base ().WindowText (C).rfind ("Help", 0) == 0)
-        Help = reinterpret_cast<MENU_ITEM *> (C);
-  ASSERT_NE (Help, nullptr);
-  ASSERT_TRUE (Base ().ClickMenuItem (Help));
-  ASSERT_NE (Base ().ShownPopup (), nullptr);
-  std::vector<env::PopupItemInfo> Items = Base ().PopupItems (Base ().ShownPopup ());
-  ASSERT_EQ (Items.size (), 1u);
-  ASSERT_TRUE (Base ().ChoosePopupItem (Base ().ShownPopup (), Items[0].Text));
-  Base ().SetMessageBoxAnswerer (nullptr);
-  ASSERT_FALSE (Shown.Pixels.empty ()) << "no message box was shown";
-  ExpectGolden ("message_box", Shown);
+// The renderer's controls: a field whose text ends in an ellipsis, labels
+// wider than their buttons (one button five characters wide for "Pause"), a
+// label 0 wide shown whole, a text view wrapping at word ends, a combo box
+// showing its choice, a tree whose open root shows "-" and closed folder "+",
+// and a list with an in-place edit framed over its new row.
+TEST_F (GoldenScene, ControlsOfEveryKind) {
+  auto A = [] (const char *S) { return reinterpret_cast<const CHAR8 *> (S); };
+  WINDOW_HEADER *Win = Wb ()->CreateWindow (300, Wb ()->Desktop, IgnoreMessages, nullptr, nullptr, 0, 0, 640, 480);
+  Wb ()->SetWindowText (Win, A ("Controls"));
+  Wb ()->CreateTextField (Win, 10, 30, 100, 26, 0, TRUE, A ("WWWWWWWWWWWWWWW"));
+  Wb ()->CreateButton (Win, 35, A (">>!0"), 10, 70, 24, 26, 0);
+  Wb ()->CreateButton (Win, 36, A (">>!0"), 60, 70, 80, 26, 0);
+  Wb ()->CreateButton (Win, 37, A ("Pause"), 160, 70, 40, 26, 0);
+  Wb ()->CreateTextField (Win, 10, 110, 0, 26, 0, FALSE, A ("Result:"));
+  const char *Body = "first line\nsecond line is long enough that it must wrap twice inside the narrow box";
+  CONTROL_RECT R {10, 150, 200, 120};
+  Cd ()->CreateTextView (Win, 5, A (Body), static_cast<UINT16> (strlen (Body) + 1), &R);
+  COMBO_BOX *Combo = Cd ()->CreateComboBox (220, 30, 150, 26, 0, Win);
+  Cd ()->AddComboItem (Combo, A ("Volume A"), 0);
+  Cd ()->AddComboItem (Combo, A ("Volume B"), 0);
+  Env ().controls ().ChooseComboRow (Combo, 1);
+  FILE_LIST *Tree = Cd ()->CreateFileList (Win, 220, 150, 200, 120, 0);
+  struct {
+    CHAR8 Name[216];
+  } Docs {{'d', 'o', 'c', 's'}};
+  Cd ()->AddFileListItem (Tree, TRUE, ICON_NONE, 0, "\\", A ("\\"));
+  Cd ()->AddFileListItem (Tree, TRUE, ICON_NONE, 0, &Docs, A ("\\"));
+  LIST_CONTROL *List = Cd ()->CreateListView (Win, 430, 30, 200, 200, 0);
+  Cd ()->AddColumn (List, A ("Name"), 64, 150, TRUE, FALSE);
+  Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 10, &Docs);
+  Cd ()->BeginNewItem (List, ICON_NONE, TRUE, A ("new dir"));
+  ASSERT_TRUE (Env ().controls ().Editing (List));
+  ExpectGolden ("controls", Screen ());
+  Env ().controls ().FinishEdit (List, "", false);
 }
 
 TEST_F (GoldenScene, HexViewer) {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <tuple>
 
 #include "env/files/file_driver.h"
 #include "env/host/folder_fs.h"
@@ -22,11 +23,7 @@ namespace {
 
 // Every entry below a folder: "<dir>" for folders, the bytes for files, and
 // the modification time, so that "nothing changed" can be checked exactly.
-struct Snapshot {
-  std::map<std::string, std::string> Content;
-  std::map<std::string, long long> Times;
-  bool operator== (const Snapshot &O) const { return Content == O.Content && Times == O.Times; }
-};
+using Snapshot = std::map<std::string, std::pair<std::string, long long>>;
 
 long long MTimeNs (const fs::path &P) {
   struct stat St;
@@ -37,9 +34,7 @@ long long MTimeNs (const fs::path &P) {
 Snapshot Take (const fs::path &Root) {
   Snapshot S;
   for (auto &E : fs::recursive_directory_iterator (Root)) {
-    std::string Rel = fs::relative (E.path (), Root).string ();
-    S.Content[Rel] = E.is_directory () ? "<dir>" : ReadHostFile (E.path ());
-    S.Times[Rel] = MTimeNs (E.path ());
+    S[fs::relative (E.path (), Root).string ()] = {E.is_directory () ? "<dir>" : ReadHostFile (E.path ()), MTimeNs (E.path ())};
   }
   return S;
 }
@@ -88,8 +83,7 @@ TEST_F (ClipboardTest, ClipboardIdsAndNames) {
   UINT32 First = J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\");
   EXPECT_NE (First, 0u);
   EXPECT_EQ (J->HasClipboard (), FALSE) << "an empty clipboard holds nothing to paste";
-  EXPECT_TRUE (J->AddToClipboard (First, (const CHAR8 *) "a.txt"));
-  EXPECT_TRUE (J->AddToClipboard (First, (const CHAR8 *) "docs"));
+  EXPECT_TRUE (J->AddToClipboard (First, (const CHAR8 *) "a.txt") && J->AddToClipboard (First, (const CHAR8 *) "docs"));
   EXPECT_EQ (J->HasClipboard (), TRUE);
 
   // Names that are not entries of the directory, or not bare names.
@@ -99,21 +93,15 @@ TEST_F (ClipboardTest, ClipboardIdsAndNames) {
 
   // A new clipboard replaces the old one; the old id no longer adds names.
   UINT32 Second = J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\docs\\");
-  EXPECT_NE (Second, 0u);
-  EXPECT_NE (Second, First);
-  EXPECT_EQ (J->HasClipboard (), FALSE);
-  EXPECT_FALSE (J->AddToClipboard (First, (const CHAR8 *) "a.txt"));
-  EXPECT_FALSE (J->AddToClipboard (0, (const CHAR8 *) "b.bin"));
-  EXPECT_TRUE (J->AddToClipboard (Second, (const CHAR8 *) "b.bin"));
-  EXPECT_TRUE (J->AddToClipboard (Second, (const CHAR8 *) "b.bin"));
+  EXPECT_TRUE (Second != 0 && Second != First && !J->HasClipboard ());
+  EXPECT_FALSE (J->AddToClipboard (First, (const CHAR8 *) "a.txt") || J->AddToClipboard (0, (const CHAR8 *) "b.bin"));
+  EXPECT_TRUE (J->AddToClipboard (Second, (const CHAR8 *) "b.bin") && J->AddToClipboard (Second, (const CHAR8 *) "b.bin"));
   EXPECT_EQ (Env ().jobio ().ClipboardNames (), std::vector<std::string> {"b.bin"});
 
   // Missing directories and volumes give no clipboard and keep the current one.
-  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\nowhere"), 0u);
-  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\a.txt"), 0u);
+  for (const char *Dir : {"\\nowhere", "\\a.txt", "\\..\\..", static_cast<const char *> (nullptr)})
+    EXPECT_EQ (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) Dir), 0u) << (Dir ? Dir : "null");
   EXPECT_EQ (J->BeginClipboard (20, (const CHAR8 *) "\\"), 0u);
-  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, nullptr), 0u);
-  EXPECT_EQ (J->BeginClipboard ((UINT8) Src, (const CHAR8 *) "\\..\\.."), 0u);
   EXPECT_EQ (J->HasClipboard (), TRUE);
 
   // A write-protected volume can still be copied from.
@@ -125,14 +113,10 @@ TEST_F (ClipboardTest, PasteCopiesFilesAndFoldersWithTimes) {
   Snapshot Before = Take (VolumePath (Src));
   ASSERT_EQ (Paste (Dst, "\\"), 1u);
   fs::path D = VolumePath (Dst);
-  EXPECT_EQ (ReadHostFile (D / "a.txt"), "alpha");
-  EXPECT_EQ (ReadHostFile (D / "docs/b.bin"), std::string ("\0\1\2\3binary", 10));
-  EXPECT_EQ (ReadHostFile (D / "docs/deep/c.txt"), std::string (200000, 'c'));
-  EXPECT_TRUE (fs::is_directory (D / "docs/empty"));
-  EXPECT_EQ (ReadHostFile (D / "keep.txt"), "keep");
-  for (auto [Path, Seconds] : {std::pair {"a.txt", 1000000000LL}, {"docs/deep/c.txt", 1100000000LL},
-                               {"docs/deep", 1200000000LL}, {"docs", 1300000000LL}})
-    EXPECT_EQ (MTimeNs (D / Path), Seconds * 1000000000LL + 250000000) << Path;
+  // The destination holds its old file and the source's entries with their bytes and times.
+  Snapshot Want = Before;
+  Want["keep.txt"] = {"keep", MTimeNs (D / "keep.txt")};
+  EXPECT_TRUE (Want == Take (D));
   EXPECT_TRUE (Before == Take (VolumePath (Src))) << "the source is never changed by a paste";
 
   // The clipboard stays: the same names paste again into another folder,
@@ -161,29 +145,17 @@ TEST_F (ClipboardTest, RefusedPastesChangeNothing) {
   Unchanged ("empty clipboard");
 
   // A name clash (ASCII case ignored) refuses the whole paste, also the
-  // names that would not clash.
+  // names that would not clash; so does the source folder itself (every name
+  // clashes), a folder into itself or one of its subfolders, and a
+  // write-protected, missing or odd destination.
   Clip (Src, "\\", {"docs", "a.txt"});
-  EXPECT_NE (Paste (Dst, "\\sub"), 1u);
-  Unchanged ("name clash");
-
-  // Pasting into the source folder itself clashes with every name.
-  EXPECT_NE (Paste (Src, "\\"), 1u);
-  Unchanged ("into the source folder");
-
-  // A folder into itself or one of its subfolders.
-  EXPECT_NE (Paste (Src, "\\docs"), 1u);
-  EXPECT_NE (Paste (Src, "\\docs\\deep"), 1u);
-  Unchanged ("into its own subfolder");
-
-  // Write-protected, missing or odd destinations.
-  EXPECT_NE (Paste (Locked, "\\"), 1u);
-  EXPECT_NE (Paste (Locked, "\\sub"), 1u);
-  EXPECT_NE (Paste (Dst, "\\nowhere"), 1u);
-  EXPECT_NE (Paste (Dst, "\\keep.txt"), 1u);
-  EXPECT_NE (Paste (Dst, "\\..\\..\\"), 1u);
-  EXPECT_NE (Paste (22, "\\"), 1u);
-  EXPECT_NE (J->PasteClipboard ((UINT8) Dst, nullptr), 1u);
-  Unchanged ("bad destination");
+  const std::pair<int, const char *> Refused[] = {
+      {Dst, "\\sub"},    {Src, "\\"},       {Src, "\\docs"},         {Src, "\\docs\\deep"}, {Locked, "\\"}, {Locked, "\\sub"},
+      {Dst, "\\nowhere"}, {Dst, "\\keep.txt"}, {Dst, "\\..\\..\\"}, {22, "\\"},           {Dst, nullptr}};
+  for (auto [Volume, Dir] : Refused) {
+    EXPECT_NE (Paste (Volume, Dir), 1u) << Volume << " " << (Dir ? Dir : "null");
+    Unchanged (Dir ? Dir : "null");
+  }
 
   // A folder holding a name that cannot be copied (no path reaches it).
   WriteFile (Src, "odd/back\\slash", "x");
@@ -223,30 +195,23 @@ TEST_F (ClipboardTest, DeleteRemovesTreesAndEmptiesTheClipboard) {
   Snapshot LockedBefore = Take (L);
   Clip (Locked, "\\", {"x.txt", "sub"});
   EXPECT_EQ (J->DeleteClipboardFiles (), 0u);
-  EXPECT_TRUE (LockedBefore == Take (L));
-  EXPECT_EQ (J->HasClipboard (), FALSE);
+  EXPECT_TRUE (LockedBefore == Take (L) && !J->HasClipboard ());
 
   Clip (Src, "\\", {"docs", "a.txt"});
   EXPECT_EQ (J->DeleteClipboardFiles (), 1u);
-  EXPECT_FALSE (fs::exists (S / "docs"));
-  EXPECT_FALSE (fs::exists (S / "a.txt"));
-  EXPECT_EQ (J->HasClipboard (), FALSE);
+  EXPECT_TRUE (fs::is_empty (S) && !J->HasClipboard ());
   EXPECT_NE (Paste (Dst, "\\"), 1u) << "a deleted selection cannot be pasted";
 
   // DeleteFile: one file or one empty folder; never a full folder, the root,
   // a missing entry or anything on a write-protected volume.
   WriteFile (Src, "f/one.txt", "1");
   MakeDir (Src, "g");
-  EXPECT_FALSE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\f"));
-  EXPECT_TRUE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\f\\one.txt"));
-  EXPECT_TRUE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\f"));
-  EXPECT_TRUE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\g"));
-  EXPECT_FALSE (fs::exists (S / "g"));
-  EXPECT_FALSE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\"));
-  EXPECT_FALSE (J->DeleteFile ((UINT8) Src, (const CHAR8 *) "\\missing"));
-  EXPECT_FALSE (J->DeleteFile ((UINT8) Locked, (const CHAR8 *) "\\x.txt"));
+  const std::tuple<int, const char *, bool> Deletes[] = {
+      {Src, "\\f", false}, {Src, "\\f\\one.txt", true}, {Src, "\\f", true}, {Src, "\\g", true},
+      {Src, "\\", false},  {Src, "\\missing", false},     {Locked, "\\x.txt", false}};
+  for (auto [Volume, Path, Done] : Deletes) EXPECT_EQ (J->DeleteFile ((UINT8) Volume, (const CHAR8 *) Path), Done) << Path;
+  EXPECT_TRUE (fs::is_empty (S));
   EXPECT_EQ (ReadHostFile (L / "x.txt"), "locked data");
-  EXPECT_TRUE (fs::exists (S));
 }
 
 TEST_F (ClipboardTest, LinksAreCopiedAsLinksAndNeverFollowedOut) {
@@ -360,10 +325,8 @@ TEST_F (ClipboardTest, AKilledPasteLeavesNoFinalNameAndIsCleanedUpLater) {
   std::vector<std::string> Names;
   for (auto &E : fs::directory_iterator (D)) Names.push_back (E.path ().filename ().string ());
   std::sort (Names.begin (), Names.end ());
-  ASSERT_EQ (Names.size (), 3u) << "keep.txt, a.txt and one piece of work left behind";
-  EXPECT_EQ (Names[0], ".surveyor-partial-" + std::to_string (Child) + "-2");
-  EXPECT_EQ (Names[1], "a.txt");
-  EXPECT_EQ (Names[2], "keep.txt");
+  ASSERT_EQ (Names, (std::vector<std::string> {".surveyor-partial-" + std::to_string (Child) + "-2", "a.txt", "keep.txt"}))
+      << "keep.txt, a.txt and one piece of work left behind";
   // The next paste into that folder removes the leftover; a paste of this
   // still running program's own work in progress is never touched.
   WriteHostFile (D / (".surveyor-partial-" + std::to_string (getpid ()) + "-99"), "ours, still being written");
@@ -403,10 +366,6 @@ TEST_F (ClipboardTest, DeleteTakesOnlyWhatWasListedAndSaysWhatRemains) {
   EXPECT_NE (Text.find ("x  (changed since it was listed)"), std::string::npos) << Text;
   EXPECT_NE (Text.find ("tree\\inner.txt"), std::string::npos) << Text;
 }
-
-}  // namespace
-
-namespace {
 
 std::vector<std::pair<WINDOW_HEADER *, int>> gClipboardMessages;
 

@@ -114,57 +114,15 @@ TEST_P (JpegTest, DecodesEveryColourModelToOpaquePixels) {
   for (const Case &C : Cases) {
     SCOPED_TRACE (C.What);
     Result R = Decode (Encode (C.Width, C.Height, C.Space, C.Colour, C.Progressive));
-    ASSERT_TRUE (R.Ok);
-    EXPECT_EQ (R.Width, (UINT32) C.Width);
-    EXPECT_EQ (R.Height, (UINT32) C.Height);
+    EXPECT_TRUE (R.Ok && R.Width == (UINT32) C.Width && R.Height == (UINT32) C.Height);
     ASSERT_EQ (R.Pixels.size (), (size_t) C.Width * C.Height);
     EXPECT_TRUE (AllNear (R.Pixels, C.Want));
   }
   // Without the marker the ink is stored as it is. stb_image would take it
   // for YCbCr, so firmware refuses such a picture rather than miscolour it.
   Result Plain = Decode (Encode (16, 16, JCS_CMYK, {0, 0, 255, 0}, false, false));
-  if (GetParam () == &env::StbDecodeJpeg) {
-    EXPECT_FALSE (Plain.Ok);
-  } else {
-    ASSERT_TRUE (Plain.Ok);
-    EXPECT_TRUE (AllNear (Plain.Pixels, 0xFFFFFF00));
-  }
-}
-
-TEST_P (JpegTest, BrokenStreamsFailCleanly) {
-  std::vector<uint8_t> Good = Encode (64, 64, JCS_RGB, {1, 2, 3});
-  // Cut in the middle of the picture data, and just after the header.
-  for (size_t Cut : {Good.size () / 2, Good.size () - 20, (size_t) 200, (size_t) 2, (size_t) 0}) {
-    Result R = Decode (Good, Cut);
-    EXPECT_FALSE (R.Ok) << "cut at " << Cut;
-  }
-  // Garbage: random bytes, a JPEG start followed by noise, text.
-  std::vector<uint8_t> Noise (5000);
-  uint32_t Seed = 7;
-  for (auto &B : Noise) B = (uint8_t) ((Seed = Seed * 1664525u + 1013904223u) >> 24);
-  EXPECT_FALSE (Decode (Noise).Ok);
-  Noise[0] = 0xFF;
-  Noise[1] = 0xD8;
-  Noise[2] = 0xFF;
-  EXPECT_FALSE (Decode (Noise).Ok);
-  std::vector<uint8_t> Text {'h', 'e', 'l', 'l', 'o'};
-  EXPECT_FALSE (Decode (Text).Ok);
-  // Picture data overwritten with noise after a good header.
-  std::vector<uint8_t> Damaged = Good;
-  for (size_t I = Damaged.size () / 2; I < Damaged.size () - 2; I++) Damaged[I] = (uint8_t) (I * 37);
-  EXPECT_FALSE (Decode (Damaged).Ok);
-  // The driver's table hands over the pixels of a good picture; null arguments are refused.
-  UINT32 W = 0, H = 0, *Pixels = nullptr;
-  ASSERT_TRUE (T->DecodeJpeg (&W, &H, &Pixels, Good.data (), (UINT32) Good.size ()));
-  ASSERT_NE (Pixels, nullptr);
-  EXPECT_EQ (Fw.BlockSize (Pixels), size_t (W) * H * 4);
-  Fw.FreePool (Pixels);
-  Pixels = nullptr;
-  EXPECT_FALSE (T->DecodeJpeg (&W, &H, &Pixels, nullptr, 100));
-  EXPECT_FALSE (T->DecodeJpeg (nullptr, &H, &Pixels, Good.data (), (UINT32) Good.size ()));
-  EXPECT_FALSE (T->DecodeJpeg (&W, &H, nullptr, Good.data (), (UINT32) Good.size ()));
-  EXPECT_EQ (Pixels, nullptr);
-  EXPECT_EQ (Fw.LiveAllocations (), 0u);
+  EXPECT_EQ (Plain.Ok, GetParam () != &env::StbDecodeJpeg);
+  if (Plain.Ok) EXPECT_TRUE (AllNear (Plain.Pixels, 0xFFFFFF00));
 }
 
 // Rewrites the size fields of the first SOF marker.
@@ -181,18 +139,44 @@ std::vector<uint8_t> WithSize (std::vector<uint8_t> Bytes, uint16_t Width, uint1
   return Bytes;
 }
 
-TEST_P (JpegTest, HugeDimensionsAreRefusedBeforeAllocating) {
+TEST_P (JpegTest, BrokenStreamsAndHugeDimensionsFailCleanly) {
+  std::vector<uint8_t> Good = Encode (64, 64, JCS_RGB, {1, 2, 3});
+  // Cut in the middle of the picture data, and just after the header.
+  for (size_t Cut : {Good.size () / 2, Good.size () - 20, (size_t) 200, (size_t) 2, (size_t) 0})
+    EXPECT_FALSE (Decode (Good, Cut).Ok) << "cut at " << Cut;
+  // Garbage: random bytes, a JPEG start followed by noise, text, and picture
+  // data overwritten with noise after a good header.
+  std::vector<uint8_t> Noise (5000), Started, Damaged = Good;
+  uint32_t Seed = 7;
+  for (auto &B : Noise) B = (uint8_t) ((Seed = Seed * 1664525u + 1013904223u) >> 24);
+  Started = Noise;
+  Started[0] = Started[2] = 0xFF, Started[1] = 0xD8;
+  for (size_t I = Damaged.size () / 2; I < Damaged.size () - 2; I++) Damaged[I] = (uint8_t) (I * 37);
+  for (const auto &Bad : {Noise, Started, std::vector<uint8_t> {'h', 'e', 'l', 'l', 'o'}, Damaged})
+    EXPECT_FALSE (Decode (Bad).Ok);
+  // The driver's table hands over the pixels of a good picture; null arguments are refused.
+  UINT32 W = 0, H = 0, *Pixels = nullptr;
+  ASSERT_TRUE (T->DecodeJpeg (&W, &H, &Pixels, Good.data (), (UINT32) Good.size ()));
+  ASSERT_NE (Pixels, nullptr);
+  EXPECT_EQ (Fw.BlockSize (Pixels), size_t (W) * H * 4);
+  Fw.FreePool (Pixels);
+  Pixels = nullptr;
+  EXPECT_FALSE (T->DecodeJpeg (&W, &H, &Pixels, nullptr, 100) ||
+                T->DecodeJpeg (nullptr, &H, &Pixels, Good.data (), (UINT32) Good.size ()) ||
+                T->DecodeJpeg (&W, &H, nullptr, Good.data (), (UINT32) Good.size ()));
+  EXPECT_EQ (Pixels, nullptr);
+  EXPECT_EQ (Fw.LiveAllocations (), 0u);
+
+  // Over 16384 in one direction, and 16384 x 4097 (over 64 M pixels): refused
+  // before a pixel block is handed out.
   std::vector<uint8_t> Small = Encode (16, 16, JCS_RGB, {9, 9, 9});
-  // Over 16384 in one direction, and 16384 × 4097 (over 64 M pixels).
   for (auto [W, H] : {std::pair<uint16_t, uint16_t> {16385, 8}, {8, 16385}, {65535, 65535}, {16384, 4097}}) {
     Result R = Decode (WithSize (Small, W, H));
-    EXPECT_FALSE (R.Ok) << W << "x" << H;
-    EXPECT_FALSE (R.HandedOut) << W << "x" << H;
+    EXPECT_FALSE (R.Ok || R.HandedOut) << W << "x" << H;
   }
   // Within the limits, but the data does not cover the picture: a clean failure
-  // whose pixel block (if any) was handed out and freed above.
-  Result Short = Decode (WithSize (Small, 2000, 2000));
-  EXPECT_FALSE (Short.Ok);
+  // whose pixel block (if any) was handed out and freed.
+  EXPECT_FALSE (Decode (WithSize (Small, 2000, 2000)).Ok);
 }
 
 INSTANTIATE_TEST_SUITE_P (Backends, JpegTest, ::testing::Values (&env::DecodeJpegInto, &env::StbDecodeJpeg),

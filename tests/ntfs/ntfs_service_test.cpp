@@ -38,11 +38,10 @@ TEST_F (NtfsServiceTest, ReadyFlagAndAttributesWindow) {
   EXPECT_EQ (Env ().windows ().WindowText (W), "Attributes - file.bin");
   auto L = Lines (W);
   ASSERT_EQ (L.size (), 5u);
-  EXPECT_EQ (L[0], "Name: file.bin");
-  EXPECT_EQ (L[1], "Entry: 77");
-  EXPECT_EQ (L[2], "Volume: " + std::to_string (Vol) + " NTFS");
-  EXPECT_EQ (L[3], "Size: 1234 bytes");
   EXPECT_EQ (L[4].rfind ("Modified: ", 0), 0u);
+  L.pop_back ();
+  EXPECT_EQ (L, (std::vector<std::string> {"Name: file.bin", "Entry: 77", "Volume: " + std::to_string (Vol) + " NTFS",
+                                           "Size: 1234 bytes"}));
 
   // A bare name is looked for by name and entry number.
   WINDOW_HEADER *ByName = T->OpenAttributesWindow ((UINT8) Vol, (UINT32) St.st_ino, (const CHAR8 *) "FILE.BIN", 0);
@@ -53,8 +52,8 @@ TEST_F (NtfsServiceTest, ReadyFlagAndAttributesWindow) {
   EXPECT_EQ (Lines (Wrong).back (), "Not found on the volume");
 
   // No volume, no text: no window.
-  EXPECT_EQ (T->OpenAttributesWindow (20, 1, (const CHAR8 *) "\\x", 0), nullptr);
-  EXPECT_EQ (T->OpenAttributesWindow ((UINT8) Vol, 1, nullptr, 0), nullptr);
+  EXPECT_TRUE (T->OpenAttributesWindow (20, 1, (const CHAR8 *) "\\x", 0) == nullptr &&
+               T->OpenAttributesWindow ((UINT8) Vol, 1, nullptr, 0) == nullptr);
   EXPECT_EQ (Env ().ntfs ()->WindowsOpened (), 3u);
 
   // The window closes on the usual system command.

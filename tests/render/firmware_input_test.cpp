@@ -49,10 +49,7 @@ TEST (FirmwareInput, KeyRecordsBecomeTheDesktopsKeys) {
     env::InputEvent E;
     SCOPED_TRACE (testing::Message () << C.Record.Key.UnicodeChar << "/" << C.Record.Key.ScanCode);
     EXPECT_EQ (env::KeyFromFirmware (C.Record, E), C.Taken);
-    if (!C.Taken) continue;
-    EXPECT_EQ (E.Char, C.Char);
-    EXPECT_EQ (E.Scan, C.Scan);
-    EXPECT_EQ (E.Shift, C.Shift);
+    if (C.Taken) EXPECT_EQ ((std::vector<UINT32> {E.Char, E.Scan, E.Shift}), (std::vector<UINT32> {C.Char, C.Scan, C.Shift}));
   }
 }
 
@@ -66,8 +63,7 @@ TEST (FirmwareInput, PointerStatesMoveClickAndDoubleClick) {
     Pointer.Relative (State, Mode, Ms, Events);
   };
   Relative (30, -300, false, false, 0);   // 30 counts at 3 a pixel: 30 px right; far up: stops at the top
-  EXPECT_EQ (Pointer.X (), 430);
-  EXPECT_EQ (Pointer.Y (), 0);
+  EXPECT_EQ (Pointer.X () * 1000 + Pointer.Y (), 430 * 1000 + 0);
   Relative (0, 60, true, false, 100);
   Relative (0, 0, false, false, 150);
   Relative (0, 0, true, false, 300);      // within 500 ms and 4 px: a double click
@@ -90,14 +86,11 @@ TEST (FirmwareInput, PointerStatesMoveClickAndDoubleClick) {
   Abs.AbsoluteMaxX = Abs.AbsoluteMaxY = 0xFFFF;
   EFI_ABSOLUTE_POINTER_STATE At {0x8000, 0xFFFF, 0, EFI_ABSP_TouchActive};
   Pointer.Absolute (At, Abs, 5000, Events);
-  EXPECT_EQ (Pointer.X (), 400);
-  EXPECT_EQ (Pointer.Y (), 599);
+  EXPECT_EQ (Pointer.X () * 1000 + Pointer.Y (), 400 * 1000 + 599);
   // The move, the touch pressed, the right button the relative pointer held released.
   ASSERT_EQ (Events.size (), 3u);
-  EXPECT_EQ (Events[1].Type, Kind::PointerDown);
-  EXPECT_EQ (Events[1].Button, env::MouseButton::Left);
-  EXPECT_EQ (Events[2].Type, Kind::PointerUp);
-  EXPECT_EQ (Events[2].Button, env::MouseButton::Right);
+  EXPECT_TRUE (Events[1].Type == Kind::PointerDown && Events[1].Button == env::MouseButton::Left);
+  EXPECT_TRUE (Events[2].Type == Kind::PointerUp && Events[2].Button == env::MouseButton::Right);
 }
 
 // A backend that replays one event a frame and counts what it is asked to show.

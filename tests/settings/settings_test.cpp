@@ -56,16 +56,14 @@ TEST (SettingsService, ValuesPersistAcrossAReload) {
   }
   env::SettingsService Reloaded (env::OpenSettingsFile (File.string ()), 1);
   SETTINGS_SERVICE_PROTOCOL *T = Reloaded.Table ();
-  EXPECT_EQ (Get (T, Fw, "Surveyor", "Position"), "120,80,640,480");
-  EXPECT_EQ (Get (T, Fw, "FileCmp", "Position"), "5,6,700,500");
-  EXPECT_EQ (Get (T, Fw, "Paths", "Last"), "\\efi\\boot\\x.efi");
-  EXPECT_EQ (Get (T, Fw, "Paths", "Empty"), "");
-  EXPECT_EQ (Get (T, Fw, "Paths", "Position"), "<none>");
+  EXPECT_EQ (Get (T, Fw, "Surveyor", "Position") + "|" + Get (T, Fw, "FileCmp", "Position") + "|" +
+                 Get (T, Fw, "Paths", "Last") + "|" + Get (T, Fw, "Paths", "Empty") + "|" + Get (T, Fw, "Paths", "Position"),
+             "120,80,640,480|5,6,700,500|\\efi\\boot\\x.efi||<none>");
   EXPECT_EQ (Fw.LiveAllocations (), 0u);
   // Bad arguments are refused, never dereferenced.
-  EXPECT_FALSE (T->GetValue ((const CHAR8 *) "Surveyor", nullptr, nullptr));
   CHAR8 *Value = nullptr;
-  EXPECT_FALSE (T->GetValue ((const CHAR8 *) "Surveyor", nullptr, &Value));
+  EXPECT_FALSE (T->GetValue ((const CHAR8 *) "Surveyor", nullptr, nullptr) ||
+                T->GetValue ((const CHAR8 *) "Surveyor", nullptr, &Value));
   T->SetValue (nullptr, nullptr, nullptr);
 }
 
@@ -111,10 +109,8 @@ TEST (SettingsService, CommitReplacesTheFileAtomically) {
 TEST (SettingsService, WritesKeepEveryLineTheyDoNotChange) {
   TempFolder Dir;
   fs::path File = Dir.Path () / "s.ini";
-  const std::string Text = "; written by hand\r\ntop=1\n[Surveyor]\n# the main window\nPosition=1,2,3,4\r\n"
-                           "odd line without equals\n\n[Other]\nKey = spaced \n";
-  WriteHostFile (File, Text);
-  env::Firmware Fw;
+  WriteHostFile (File, "; written by hand\r\ntop=1\n[Surveyor]\n# the main window\nPosition=1,2,3,4\r\n"
+                       "odd line without equals\n\n[Other]\nKey = spaced \n");
   env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
   Set (S.Table (), "Surveyor", "Position", "5,6,7,8");
   Set (S.Table (), "Surveyor", "Added", "yes");
@@ -158,13 +154,11 @@ TEST (SettingsService, MalformedFilesAreReadAsFarAsTheyMakeSense) {
   env::Firmware Fw;
   env::SettingsService S (env::OpenSettingsFile (File.string ()), 1);
   SETTINGS_SERVICE_PROTOCOL *T = S.Table ();
-  EXPECT_EQ (Get (T, Fw, nullptr, "top"), "level");
-  EXPECT_EQ (Get (T, Fw, "", "comment"), "<none>");
-  EXPECT_EQ (Get (T, Fw, "Spaced", "key one"), " value with = sign  ");
-  EXPECT_EQ (Get (T, Fw, "Spaced", "nul"), "<none>");
-  EXPECT_EQ (Get (T, Fw, "Dup", "k"), "2");
-  EXPECT_EQ (Get (T, Fw, "\xFF\xFE", "\x80"), "\x81");
-  EXPECT_EQ (Get (T, Fw, "\xFF\xFE", "last"), "no newline");
+  std::string Got;
+  for (auto [Section, Key] : {std::pair<const char *, const char *> {nullptr, "top"}, {"", "comment"}, {"Spaced", "key one"},
+                              {"Spaced", "nul"}, {"Dup", "k"}, {"\xFF\xFE", "\x80"}, {"\xFF\xFE", "last"}})
+    Got += Get (T, Fw, Section, Key) + "|";
+  EXPECT_EQ (Got, "level|<none>| value with = sign  |<none>|2|\x81|no newline|");
 
   // Random bytes: any result, no crash.
   std::string Noise;
@@ -173,10 +167,7 @@ TEST (SettingsService, MalformedFilesAreReadAsFarAsTheyMakeSense) {
     Seed = Seed * 1103515245u + 12345u;
     Noise += (char) (Seed >> 24);
   }
-  S.Parse (Noise);
-  S.Parse ("");
-  S.Parse ("[");
-  S.Parse ("=");
+  for (const std::string &Text : {Noise, std::string (), std::string ("["), std::string ("=")}) S.Parse (Text);
   EXPECT_EQ (Get (T, Fw, nullptr, "top"), "<none>");
   EXPECT_EQ (Fw.LiveAllocations (), 0u);
 }
