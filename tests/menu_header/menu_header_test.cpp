@@ -250,9 +250,11 @@ TEST_F (MenuHeaderTest, KeyboardMovesBetweenTitlesWithoutWrapping) {
     if (S.Byte1) EXPECT_EQ (T1->Control.State, 2);
     Base ().PumpMessages ();
   }
-  // The highlight moved on; the header has the owner's keyboard.
+  // The highlight moved on; the header has the owner's keyboard; the menus
+  // closed by switching were never announced to the owner as closed.
   EXPECT_EQ (T1->Control.State, 0);
   EXPECT_EQ (Owner->FocusControl, H);
+  for (const MESSAGE &M : gOwnerMessages) EXPECT_NE (M.Type, MSG_POPUP_CLOSED);
   Base ().ClosePopup ();
   Base ().PumpMessages ();
 
