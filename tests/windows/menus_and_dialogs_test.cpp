@@ -175,14 +175,6 @@ TEST_F (WindowTest, ButtonsFieldsStatusMessageBoxesAndDialogResults) {
 
 // ------------------------------------------------------------------- icons
 
-// An ICO file with one 32-bit image of Side pixels.
-std::string MakeIco (int Side) {
-  test_images::Bytes Ico = test_images::MakeIco (
-      {{Side, Side, 32, test_images::MakeIconDib (Side, Side, 32, [] (int, int) { return 0xFF336699u; },
-                                                  [] (int, int) { return false; })}});
-  return std::string (Ico.begin (), Ico.end ());
-}
-
 class IconTest : public WindowTest {
  protected:
   env::Options EnvironmentOptions () override {
@@ -195,9 +187,9 @@ class IconTest : public WindowTest {
 };
 
 TEST_F (IconTest, IconIdsAreSharedPerPathAndSizeAndFileIconsAreFreed) {
-  WriteHostFile (System.Path () / "efi/kivora/icon/surveyor/goback.ico", MakeIco (16));
+  WriteHostFile (System.Path () / "efi/kivora/icon/surveyor/goback.ico", test_images::AsString (test_images::Ico ({{16, 16}})));
   WriteHostFile (System.Path () / "efi/kivora/icon/surveyor/broken.ico", "not an icon");
-  WriteHostFile (Volume.Path () / "pics/big.ico", MakeIco (32));
+  WriteHostFile (Volume.Path () / "pics/big.ico", test_images::AsString (test_images::Ico ({{32, 32}})));
   env::VolumeSpec Spec;
   Spec.Folder = Volume.Path ().string ();
   int Vol = Env ().Mount (Spec);
