@@ -1,5 +1,5 @@
-// Window base: popup menus, menu buttons, buttons, text fields, status
-// fields, message boxes, dialogs and icons.
+// Window base: popup menus, menu buttons, buttons, text fields, message
+// boxes, dialogs and icons.
 #include <cstring>
 #include <string>
 #include <vector>
@@ -124,7 +124,7 @@ TEST_F (WindowTest, MenuButtonsBelongToTheirHeaderAndOpenTheirPopups) {
   Wb ()->DestroyWindow (Popup);
 }
 
-TEST_F (WindowTest, ButtonsFieldsStatusMessageBoxesAndDialogResults) {
+TEST_F (WindowTest, ButtonsFieldsMessageBoxesAndDialogResults) {
   WINDOW_HEADER *Dialog = NewWindow (848);
   CONTROL *Button = Wb ()->CreateButton (Dialog, 33, Ascii ("Open"), 300, 250, 60, 26, 0);
   CONTROL *Name = Wb ()->CreateTextField (Dialog, 10, 250, 200, 26, 0, TRUE, Ascii (""));
@@ -138,10 +138,6 @@ TEST_F (WindowTest, ButtonsFieldsStatusMessageBoxesAndDialogResults) {
   Windows ().SendKey (Dialog, 'b', 0, 0);
   Windows ().SendKey (Dialog, 0x08, 0, 0);
   EXPECT_EQ (std::string (reinterpret_cast<char *> (Name->Text)), "a");
-
-  Wb ()->SetStatusLayout (Dialog, 2);
-  Wb ()->SetStatusText (Dialog, 2, Ascii ("FAT32"));
-  EXPECT_EQ (Windows ().StatusText (Dialog, 0) + "|" + Windows ().StatusText (Dialog, 2), "|FAT32");
 
   EXPECT_EQ (Wb ()->MessageBox (1, Ascii ("fail"), Ascii ("Rename"), 0), 1u);
   Windows ().SetMessageBoxAnswerer ([] (const env::MessageBoxRecord &) -> UINTN { return 7; });
