@@ -47,7 +47,6 @@ TEST_F (FileDriverTest, MountFillsTheVolumeRecordsAndServicesAreFoundByGuid) {
   EXPECT_EQ (Files_->FlushCount (First), 1u);
   EXPECT_EQ (Files_->FlushCount (Second), 0u);
 
-  // The service registry.
   EFI_GUID Guid = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
   EFI_GUID Next = Guid;
   Next.Data4[7] = 9;
@@ -84,7 +83,6 @@ TEST_F (FileDriverTest, CreateDirectoryMakesOneNewFolderAndRenameTakesABareName)
   EXPECT_FALSE (T->CreateDirectory (static_cast<UINT8> (V + 1), A ("\\x"), 1));
   EXPECT_FALSE (fs::exists (Main_.Path ().parent_path () / "escape"));
 
-  // A rename takes a bare new name.
   EXPECT_TRUE (T->RenamePath (V, A ("\\a.txt"), A ("renamed.txt")));
   EXPECT_EQ (ReadHostFile (Host ("renamed.txt")), "A");
   EXPECT_FALSE (fs::exists (Host ("a.txt")));

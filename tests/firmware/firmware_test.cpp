@@ -23,7 +23,6 @@ TEST (Firmware, HandleDatabase) {
   ASSERT_EQ (Bs->InstallProtocolInterface (&Second, &A, EFI_NATIVE_INTERFACE, &InterfaceB), EFI_SUCCESS);
   EXPECT_NE (Second, First);
 
-  // LocateHandleBuffer lists both, in creation order, in a pool buffer.
   UINTN Count = 0;
   EFI_HANDLE *Handles = nullptr;
   ASSERT_EQ (Bs->LocateHandleBuffer (ByProtocol, &A, nullptr, &Count, &Handles), EFI_SUCCESS);

@@ -49,7 +49,6 @@ TEST_F (GuiTest, TableReportsScreenAndFontMetricsAndGbkConverts) {
     Widths.push_back (T->GetTextWidth (A (Text)));
   EXPECT_EQ (Widths, (std::vector<int> {0, 72, 32, 32, 24, 0}));
 
-  // GBK texts convert to Unicode.
   EXPECT_EQ (env::GbkToUtf8 ("plain ASCII"), "plain ASCII");
   EXPECT_EQ (env::GbkToUtf8 (kZhongWen), "\xE4\xB8\xAD\xE6\x96\x87");   // U+4E2D U+6587
   EXPECT_EQ (env::GbkToUnicode ("x\xB1\xB8\xB7\xDD"), std::u32string (U"x\u5907\u4EFD"));

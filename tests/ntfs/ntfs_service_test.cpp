@@ -56,7 +56,6 @@ TEST_F (NtfsServiceTest, ReadyFlagAndAttributesWindow) {
                T->OpenAttributesWindow ((UINT8) Vol, 1, nullptr, 0) == nullptr);
   EXPECT_EQ (Env ().ntfs ()->WindowsOpened (), 3u);
 
-  // The window closes on the usual system command.
   Env ().windows ().SendSysCommand (W, SYSCMD_CLOSE);
   Env ().windows ().PumpMessages ();
   EXPECT_FALSE (Env ().windows ().IsWindow (W));

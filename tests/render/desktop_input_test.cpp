@@ -11,6 +11,7 @@
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
+#include "windows/window_test_support.h"
 
 namespace {
 
@@ -45,7 +46,6 @@ class DesktopInputTest : public DriverTest {
     Received.clear ();
     CommandRuns = 0;
   }
-  const CHAR8 *A (const char *S) { return reinterpret_cast<const CHAR8 *> (S); }
   WINDOW_HEADER *MakeWindow (UINT16 X, UINT16 Y, UINT16 W, UINT16 H) {
     return Wb ()->CreateWindow (300, Wb ()->Desktop, Recorder, nullptr, nullptr, X, Y, W, H);
   }
@@ -72,7 +72,6 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   In.MouseUp (100, 120);
   EXPECT_TRUE (Env ().windows ().ActiveWindow () == Back && Env ().windows ().TopLevelWindows ().back () == Back);
 
-  // Dragging the title bar moves it.
   In.MouseDown (60, 55, env::MouseButton::Left, 1);
   In.MouseMove (90, 75);
   In.MouseUp (90, 75);
@@ -84,7 +83,6 @@ TEST_F (DesktopInputTest, WindowsActivateMoveAndClose) {
   In.MouseDown (L.CloseX + 3, L.CloseY + 3, env::MouseButton::Left, 1);
   EXPECT_EQ (Env ().windows ().TopLevelWindows (), std::vector<WINDOW_HEADER *> {Front});
 
-  // Keys go to the active window.
   Wb ()->ActivateWindow (Front);
   Received.clear ();
   In.Key ('x', 0, 0);
@@ -103,14 +101,9 @@ TEST_F (DesktopInputTest, ListRowsSelectOpenAndContextClick) {
   env::DesktopInput In (Env ());
   WINDOW_HEADER *W = MakeWindow (0, 0, 600, 500);
   LIST_CONTROL *List = Cd ()->CreateListView (W, 10, 40, 400, 300, 0);
-  Cd ()->AddColumn (List, A ("Name"), 64, 200, TRUE, FALSE);
-  struct {
-    CHAR8 Name[16];
-  } Entry {};
-  for (int I = 0; I < 5; I++) {
-    Entry.Name[0] = static_cast<CHAR8> ('a' + I);
-    Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 0, &Entry);
-  }
+  Cd ()->AddColumn (List, Ascii ("Name"), 64, 200, TRUE, FALSE);
+  for (Entry Row : {Entry ("a"), Entry ("b"), Entry ("c"), Entry ("d"), Entry ("e")})
+    Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 0, &Row);
   env::ControlDriver &Ctl = Env ().controls ();
   int RowH = Ctl.RowHeight (), Top = 1 + Ctl.HeaderHeight ();
   // Screen position 50 pixels into a row.
@@ -164,15 +157,10 @@ TEST_F (DesktopInputTest, ColumnTitlesSizeColumnsAndTheBarScrollsThem) {
   env::ControlDriver &Ctl = Env ().controls ();
   WINDOW_HEADER *W = MakeWindow (0, 0, 600, 500);
   LIST_CONTROL *List = Cd ()->CreateListView (W, 10, 40, 300, 200, 0);
-  Cd ()->AddColumn (List, A ("Name"), 64, 80, TRUE, FALSE);
-  Cd ()->AddColumn (List, A ("Size"), 32, 64, FALSE, TRUE);
-  struct {
-    CHAR8 Name[48];
-  } Entry {};
-  for (const char *Name : {"short", "a-name-longer-than-its-column"}) {
-    std::snprintf (reinterpret_cast<char *> (Entry.Name), sizeof Entry.Name, "%s", Name);
-    Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 0, &Entry);
-  }
+  Cd ()->AddColumn (List, Ascii ("Name"), 64, 80, TRUE, FALSE);
+  Cd ()->AddColumn (List, Ascii ("Size"), 32, 64, FALSE, TRUE);
+  for (Entry Row : {Entry ("short"), Entry ("a-name-longer-than-its-column")})
+    Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 0, &Row);
   Ctl.SetColumnWidth (List, 0, 120);
   env::ListGeometry G = Ctl.Geometry (List);
   int X, Y;
@@ -217,15 +205,15 @@ TEST_F (DesktopInputTest, ColumnTitlesSizeColumnsAndTheBarScrollsThem) {
 TEST_F (DesktopInputTest, PopupsAndButtons) {
   env::DesktopInput In (Env ());
   WINDOW_HEADER *W = MakeWindow (100, 100, 400, 300);
-  CONTROL *Button = Wb ()->CreateButton (W, 33, A ("OK"), 20, 200, 80, 26, 0);
+  CONTROL *Button = Wb ()->CreateButton (W, 33, Ascii ("OK"), 20, 200, 80, 26, 0);
   int X, Y;
   At (Button, 10, 10, X, Y);
   In.MouseDown (X, Y, env::MouseButton::Left, 1);
   EXPECT_TRUE (Last (MSG_SYSCOMMAND) != nullptr && Last (MSG_SYSCOMMAND)->Word2 == 33);
 
   WINDOW_HEADER *Popup = Wb ()->CreatePopupMenu (W, 0, 0, 0);
-  Wb ()->AppendMenuItem (Popup, A ("Run"), Command, W, ICON_NONE);
-  Wb ()->AppendMenuItem (Popup, A ("Greyed"), Command, W, ICON_NONE);
+  Wb ()->AppendMenuItem (Popup, Ascii ("Run"), Command, W, ICON_NONE);
+  Wb ()->AppendMenuItem (Popup, Ascii ("Greyed"), Command, W, ICON_NONE);
   Wb ()->ShowPopupMenu (Popup);
   auto Items = Env ().windows ().PopupItems (Popup);
   ASSERT_EQ (Items.size (), 2u);
@@ -254,7 +242,7 @@ TEST_F (DesktopInputTest, MessageBoxTakesAllInputUntilItsButtonIsPressed) {
   env::DesktopInput In (Env ());
   env::WindowBase &Base = Env ().windows ();
   WINDOW_HEADER *W = MakeWindow (20, 20, 600, 400);
-  CONTROL *Button = Wb ()->CreateButton (W, 33, A ("Go"), 20, 200, 80, 26, 0);
+  CONTROL *Button = Wb ()->CreateButton (W, 33, Ascii ("Go"), 20, 200, 80, 26, 0);
   TimerRuns = 0;
   ASSERT_TRUE (Wb ()->SetTimer (CountTimer, nullptr));
   int Bx, By;
@@ -281,7 +269,8 @@ TEST_F (DesktopInputTest, MessageBoxTakesAllInputUntilItsButtonIsPressed) {
     EXPECT_TRUE (Open->Dismissed);
     return 1;
   });
-  for (const char *Text : {"Text", "Again", "Once more"}) EXPECT_EQ (Wb ()->MessageBox (1, A (Text), A ("Caption"), 0), 1u);
+  for (const char *Text : {"Text", "Again", "Once more"})
+    EXPECT_EQ (Wb ()->MessageBox (1, Ascii (Text), Ascii ("Caption"), 0), 1u);
   EXPECT_EQ (Asked, 3);
   Base.SetMessageBoxAnswerer (nullptr);
   // After the boxes, the held messages and the timer go on.
@@ -328,7 +317,7 @@ TEST_F (DesktopInputTest, TooltipFollowsThePointerOverMenuButtons) {
   MENU_ITEM *Tool = Wb ()->CreateMenuButton (Header, 10, 32, Command, nullptr, W, ICON_NONE, nullptr);
   MENU_ITEM *Plain = Wb ()->CreateMenuButton (Header, 60, 32, Command, nullptr, W, ICON_NONE, nullptr);
   ASSERT_TRUE (Tool != nullptr && Plain != nullptr);
-  Wb ()->SetTooltip (Tool, A ("Copy the selected files"), 0, 0);
+  Wb ()->SetTooltip (Tool, Ascii ("Copy the selected files"), 0, 0);
   int X, Y;
   At (Tool, 5, 5, X, Y);
   env::TooltipInfo Tip;
@@ -422,8 +411,8 @@ TEST_F (DesktopInputTest, BordersResizeAndTabMovesTheFocus) {
 
   // Tab goes round the controls that take keys; Shift+Tab goes back.
   LIST_CONTROL *List = Cd ()->CreateListView (W, 10, 40, 200, 100, 0);
-  Wb ()->CreateTextField (W, 10, 150, 100, 20, 0, TRUE, A ("label"));
-  CONTROL *Button = Wb ()->CreateButton (W, 40, A ("OK"), 10, 200, 80, 26, 0);
+  Wb ()->CreateTextField (W, 10, 150, 100, 20, 0, TRUE, Ascii ("label"));
+  CONTROL *Button = Wb ()->CreateButton (W, 40, Ascii ("OK"), 10, 200, 80, 26, 0);
   Wb ()->ActivateWindow (W);
   std::vector<void *> Focus;
   for (UINT32 Shift : {0u, 0u, 0u, KEY_STATE_VALID | KEY_STATE_LEFT_SHIFT}) {

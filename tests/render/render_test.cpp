@@ -5,6 +5,7 @@
 #include "env/render/renderer.h"
 #include "env/windows/window_base.h"
 #include "support/driver_fixture.h"
+#include "windows/window_test_support.h"
 
 namespace {
 
@@ -17,7 +18,6 @@ class RenderTest : public DriverTest {
  protected:
   bool AutoLoad () override { return false; }
   env::GuiDriver &G () { return Env ().gui (); }
-  const CHAR8 *A (const char *S) { return reinterpret_cast<const CHAR8 *> (S); }
 
   // Pixels of a colour inside a screen rectangle.
   int Count (uint32_t Colour, int X, int Y, int W, int H) {
@@ -29,7 +29,7 @@ class RenderTest : public DriverTest {
 
   WINDOW_HEADER *MakeWindow (const char *Title, UINT16 X, UINT16 Y, UINT16 W, UINT16 H, PAINT_CALLBACK P) {
     WINDOW_HEADER *Win = Wb ()->CreateWindow (300, Wb ()->Desktop, Handler, P, nullptr, X, Y, W, H);
-    Wb ()->SetWindowText (Win, A (Title));
+    Wb ()->SetWindowText (Win, Ascii (Title));
     return Win;
   }
 };
@@ -68,7 +68,6 @@ TEST_F (RenderTest, PaintsWindowsInZOrderWithTheirDecoration) {
                                      G ().PixelAt (250, 200), G ().PixelAt (100, 150)}),
              (std::vector<uint32_t> {env::kDesktopColour, env::colours::ActiveCaption, env::colours::InactiveCaption,
                                      0xFFFFFFu, env::colours::Face}));
-  // Titles are drawn in the caption text colour.
   EXPECT_GT (Count (env::colours::CaptionText, 200 + 4, 100 + 2, 60, Ch - 4), 10);
   // The close box sits at the right end of the title bar.
   env::WindowLayout L = env::LayoutOf (Env (), Front);
@@ -90,19 +89,16 @@ TEST_F (RenderTest, HostileSizesAreDrawnOrClippedCleanly) {
   MakeWindow ("Away", 65000, 65000, 500, 500, DefaultThenNothing);
   // Zero-sized controls and a text far longer than its field.
   WINDOW_HEADER *Win = MakeWindow ("Small", 40, 40, 300, 200, WhiteClient);
-  Wb ()->CreateButton (Win, 7, A ("zero"), 10, 30, 0, 0, 0);
-  Wb ()->CreateTextField (Win, 10, 40, 0, 0, 0, TRUE, A ("zero"));
+  Wb ()->CreateButton (Win, 7, Ascii ("zero"), 10, 30, 0, 0, 0);
+  Wb ()->CreateTextField (Win, 10, 40, 0, 0, 0, TRUE, Ascii ("zero"));
   std::string Long (5000, 'W');
-  Wb ()->CreateTextField (Win, 10, 60, 100, 26, 0, TRUE, A (Long.c_str ()));
+  Wb ()->CreateTextField (Win, 10, 60, 100, 26, 0, TRUE, Ascii (Long.c_str ()));
   // A list of 65535 rows: only the visible ones are drawn.
   LIST_CONTROL *List = Cd ()->CreateListView (Win, 10, 90, 280, 100, 0);
-  Cd ()->AddColumn (List, A ("Name"), 64, 200, TRUE, FALSE);
-  struct {
-    CHAR8 Name[64];
-  } Entry {};
-  std::snprintf (reinterpret_cast<char *> (Entry.Name), sizeof Entry.Name, "row");
+  Cd ()->AddColumn (List, Ascii ("Name"), 64, 200, TRUE, FALSE);
+  Entry Row ("row");
   unsigned Added = 0;
-  for (unsigned I = 0; I < 65535; I++) Added += Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 1, &Entry) != 0xFFFF;
+  for (unsigned I = 0; I < 65535; I++) Added += Cd ()->AddListItem (List, ICON_NONE, FALSE, 0, 1, &Row) != 0xFFFF;
   EXPECT_GE (Added, 65534u);
   Env ().controls ().SelectRows (List, {static_cast<uint16_t> (List->RowCount - 1)});
   Wb ()->ActivateWindow (Win);
@@ -113,19 +109,15 @@ TEST_F (RenderTest, HostileSizesAreDrawnOrClippedCleanly) {
   EXPECT_EQ (Count (env::colours::Text, Fx + 112, Fy + 60, 60, 26), 0);
   EXPECT_EQ (G ().PixelAt (Sw - 5, Sh - 5), env::colours::Face) << "the huge window covers the screen below the others";
 
-  // Icon ids of 126 and more draw nothing; 1 x 1 and 8000 x 8000 pictures are
-  // clipped to the context.
-  GUI_DRIVER_PROTOCOL *T = Gui ();
+  // Icon ids of 126 and more draw nothing; an 8000 x 8000 picture is clipped
+  // to the context.
   PAINT_CONTEXT C = Wb ()->BeginPaint (Win);
   std::vector<uint32_t> Under;
   for (int I = 0; I < 32; I++) Under.push_back (G ().PixelAt (50 + I, 50 + I / 2));
   for (unsigned Id : {126u, 127u, 200u, 255u}) Wb ()->DrawIcon (C, 50, 50, static_cast<UINT8> (Id));
   for (int I = 0; I < 32; I++) EXPECT_EQ (G ().PixelAt (50 + I, 50 + I / 2), Under[I]);
-  uint32_t One = 0x00FF00;
-  T->DrawPixels (C, 45, 45, 1, 1, &One, 1);
-  EXPECT_EQ (G ().PixelAt (45, 45), 0x00FF00u);
   std::vector<uint32_t> Big (size_t (8000) * 8000, 0xFF0000FFu);
-  T->DrawPixelsAlpha (C, 40, 40, 8000, 8000, Big.data (), 8000);
+  Gui ()->DrawPixelsAlpha (C, 40, 40, 8000, 8000, Big.data (), 8000);
   // The last pixel inside the window, and the first outside it.
   EXPECT_TRUE (G ().PixelAt (40 + 299, 40 + 199) == 0x0000FFu && G ().PixelAt (40 + 300, 40 + 200) != 0x0000FFu);
 }
