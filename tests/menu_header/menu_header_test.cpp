@@ -61,12 +61,7 @@ class MenuHeaderTest : public DriverTest {
   std::vector<WINDOW_HEADER *> Popups_;
   MENU_HEADER *Header (WINDOW_HEADER *H) { return reinterpret_cast<MENU_HEADER *> (H); }
   UINTN SendKey (WINDOW_HEADER *H, CHAR16 Ch, UINT16 Scan, UINT32 Shift, UINT8 Byte1 = 0) {
-    MESSAGE Key{};
-    Key.Type = MSG_KEY;
-    Key.Code = Byte1;
-    Key.Word2 = Ch;
-    Key.Word4 = Scan;
-    Key.Dword8 = Shift;
+    MESSAGE Key = KeyMessage (Ch, Scan, Shift, Byte1);
     return Wb ()->SendMessage (H, &Key);
   }
   env::WindowBase &Base () { return Env ().windows (); }
@@ -106,8 +101,7 @@ TEST_F (MenuHeaderTest, RowsGiveHeightAndPathRowPlacement) {
   // After the owner grows, the field keeps its left edge and ends 2 pixels
   // before the header's right edge.
   Owner->Width = 700;
-  MESSAGE Resize{};
-  Resize.Type = MSG_RESIZE;
+  MESSAGE Resize = MessageOf (MSG_RESIZE);
   Wb ()->SendMessage (Full, &Resize);
   EXPECT_EQ (Full->Width, 695);
   EXPECT_EQ (RectOf (Field), (Rect {T + 10, 2 * Lh + 36, 695 - 2 - (T + 10), Lh + 10}));
@@ -125,8 +119,7 @@ TEST_F (MenuHeaderTest, RowsAndSeparatorsFollowTheOwnersFont) {
   EXPECT_EQ (H->Height, (24 + 10) * 3 + 20);
   EXPECT_EQ (Header (H)->PathField->Y, 2 * 24 + 36);
 
-  MESSAGE Paint {};
-  Paint.Type = MSG_PAINT;
+  MESSAGE Paint = MessageOf (MSG_PAINT);
   H->Paint (H, &Paint, nullptr);
   UINT16 X0 = 0, Y0 = 0;
   Wb ()->GetWindowOrigin (&X0, &Y0, H);
@@ -276,8 +269,7 @@ TEST_F (MenuHeaderTest, PopupNoticesMarkTitleAndReachOwnerUnlessSwitching) {
   Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("A"), nullptr, P1, Owner);
   MENU_ITEM *T2 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("B"), nullptr, P2, Owner);
 
-  MESSAGE Opened{};
-  Opened.Type = MSG_POPUP_OPENED;
+  MESSAGE Opened = MessageOf (MSG_POPUP_OPENED);
   Opened.Pointer8 = P2;
   EXPECT_EQ (Wb ()->SendMessage (H, &Opened), 0u);
   EXPECT_EQ (H->FocusControl, T2);
@@ -287,8 +279,7 @@ TEST_F (MenuHeaderTest, PopupNoticesMarkTitleAndReachOwnerUnlessSwitching) {
     for (const MESSAGE &M : gOwnerMessages) N += M.Type == MSG_POPUP_CLOSED;
     return N;
   };
-  MESSAGE Closed{};
-  Closed.Type = MSG_POPUP_CLOSED;
+  MESSAGE Closed = MessageOf (MSG_POPUP_CLOSED);
   Wb ()->SendMessage (H, &Closed);
   Base ().PumpMessages ();
   EXPECT_EQ (H->FocusControl, nullptr);

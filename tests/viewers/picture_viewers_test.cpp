@@ -147,13 +147,10 @@ TEST_F (PictureViewerTest, ImagePaintingStretchesOrCentresThePictureOnWhite) {
 
   // A resize notice with byte 1 set draws the picture and is not taken.
   uint64_t Before = Env ().gui ().DrawCount ();
-  MESSAGE Resize = {};
-  Resize.Type = MSG_RESIZE;
-  Resize.Code = 1;
+  MESSAGE Resize = MessageOf (MSG_RESIZE, 0, 1);
   EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Resize), 0);
   EXPECT_GT (Env ().gui ().DrawCount (), Before);
-  MESSAGE Activate = {};
-  Activate.Type = MSG_ACTIVATE;
+  MESSAGE Activate = MessageOf (MSG_ACTIVATE);
   EXPECT_EQ (Viewer->Header.Handler (&Viewer->Header, &Activate), 1);
 }
 
