@@ -25,8 +25,6 @@ VOID EFIAPI CommandA (VOID *, WINDOW_HEADER *) {}
 VOID EFIAPI CommandB (VOID *, WINDOW_HEADER *) {}
 VOID EFIAPI CommandC (VOID *, WINDOW_HEADER *) {}
 
-const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
-
 // A GUI whose line height is the pushed font's size (16 with none pushed),
 // and the horizontal lines painted with it.
 UINT8 gPushedSize = 0;
