@@ -146,7 +146,6 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   EXPECT_EQ (Log (V), Want);
   EXPECT_EQ (Env ().windows ().TimerCount (), 0u);
 
-  // Deleted entries give the deleted line.
   MakeDir (Src, "d");
   Both ("d/keep", "k");
   Put (Bak, "d/old", "1");
@@ -240,7 +239,6 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
   Choose (W, 0, "menu: copy file");
   EXPECT_EQ (Clipboard (), std::to_string (Src) + " \\ c");
 
-  // Delete removes the source file of the line.
   Choose (W, 2, "menu: delete file");
   EXPECT_EQ (VolumeTree (Src, "c"), "a.txt=changed!");
 

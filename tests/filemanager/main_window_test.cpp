@@ -17,7 +17,6 @@ TEST_F (MainWindowTest, OneWindowPerVolumeAndPathSwitch) {
   EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:11 newdir:1");
 
   EXPECT_EQ (Open (V), W);   // without a path nothing changes
-  EXPECT_EQ (Path (W), "\\");
   EXPECT_EQ (Open (V, "\\sub"), W);
   EXPECT_EQ (Where (W), "\\sub 1");
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "inner.txt"}));
@@ -69,7 +68,6 @@ TEST_F (MainWindowTest, RequestedSizeLaysOutListThenDefaultSizeApplies) {
   EXPECT_EQ (Open (MakeVolume ("d"), "", 400, 99)->List->Control.Width, 500 - 5);
   EXPECT_EQ (Open (MakeVolume ("e"), "", 1024, 300)->List->Control.Width, 500 - 5);
 
-  // The next resize lays the list out again.
   MESSAGE Resize = MessageOf (MSG_RESIZE, 600);
   Resize.Word4 = 450;
   Send (Big, Resize);

@@ -202,7 +202,6 @@ TEST_F (PictureViewerTest, IconWindowFollowsTheRowOfImagesAndTheScreenEdges) {
   EXPECT_EQ (Placed (Ico ("wide.ico", Sizes (8, {128, 64}))), (Rect {20, 20, 750, 562}));
   // A very tall image: the height is the screen's, and the window moves to y 0.
   EXPECT_EQ (Placed (Ico ("tall.ico", {{40, 900}})), (Rect {20, 0, 400, 768}));
-  // Nine images: only the first eight are taken.
   ICON_VIEWER *Nine = Ico ("nine.ico", Sizes (9, {16, 16}));
   ASSERT_NE (Nine, nullptr);
   EXPECT_EQ (Nine->IconCount, 8);
