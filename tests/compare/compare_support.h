@@ -58,7 +58,6 @@ class CompareTest : public DriverTest {
 
   // A file with content Bytes and modification time When (whole seconds plus Nanos).
   void Put (int Volume, const std::string &Relative, const std::string &Bytes, time_t When = kTime, long Nanos = 0);
-  // The same file on both volumes.
   void Both (const std::string &Relative, const std::string &Bytes, time_t When = kTime);
 
   COMPARE_JOB *Start (const std::string &Path);

@@ -258,7 +258,6 @@ TEST_F (CompareWalkTest, FullResultEndsTheJobAtTheNextTick) {
   ASSERT_TRUE (gReports.back ().Finished);
   EXPECT_EQ (gFinalSnapshot->Entries[0].Link, 1023);
   EXPECT_EQ (LiveJobs (), 0u);
-  // Nothing of b's difference was reported as a line.
   for (const std::string &L : Lines ()) EXPECT_EQ (L.find ("\\r\\b -"), std::string::npos);
 }
 

@@ -33,7 +33,6 @@ class FileComparisonTest : public CompareTest {
     Env ().controls ().LogContextClick (W->LogView, X, Y);
     return Env ().windows ().ShownPopup ();
   }
-  std::map<std::string, bool> Enabled (WINDOW_HEADER *Popup) { return PopupItemStates (Popup); }
   // Right click on line Line and choose the result menu's item called Item.
   void Choose (FILE_COMPARISON_WINDOW *W, uint16_t Line, const std::string &Item) {
     ASSERT_NE (ContextClick (W, Line), nullptr);
@@ -147,7 +146,6 @@ TEST_F (FileComparisonTest, LinesOfFinishedComparisons) {
   EXPECT_EQ (Log (V), Want);
   EXPECT_EQ (Env ().windows ().TimerCount (), 0u);
 
-  // Deleted entries give the deleted line.
   MakeDir (Src, "d");
   Both ("d/keep", "k");
   Put (Bak, "d/old", "1");
@@ -189,7 +187,7 @@ TEST_F (FileComparisonTest, ResultMenuFollowsTheLineCode) {
   // Delete, copy and copy of the backup file enabled, by the line's code:
   // changed, deleted since the backup, new since the backup, a heading.
   auto States = [&] (uint16_t Line) {
-    auto E = Enabled (ContextClick (W, Line));
+    auto E = PopupItemStates (ContextClick (W, Line));
     std::string Out;
     for (const char *Item : {"menu: delete file", "menu: copy file", "menu: copy backup file"})
       Out += E[Text (Item)] ? '1' : '0';
@@ -241,7 +239,6 @@ TEST_F (FileComparisonTest, ResultMenuCommandsActOnTheFiles) {
   Choose (W, 0, "menu: copy file");
   EXPECT_EQ (Clipboard (), std::to_string (Src) + " \\ c");
 
-  // Delete removes the source file of the line.
   Choose (W, 2, "menu: delete file");
   EXPECT_EQ (VolumeTree (Src, "c"), "a.txt=changed!");
 

@@ -72,17 +72,6 @@ TEST_F (StringsTest, PassesPathAndNullSectionAndFallsBackToStars) {
   EXPECT_EQ (StringLength (GetString ("x"_a, "long"_a)), 255);
 }
 
-// Through the real file driver and the built resource file.
-class ResourceFileTest : public DriverTest {};
-
-TEST_F (ResourceFileTest, ReadsTheBundledResourceFile) {
-  ASSERT_EQ (LoadStatus (), EFI_SUCCESS);
-  EXPECT_NE (S (GetString ("File Menu"_a, "File"_a)), "***");
-  EXPECT_NE (S (GetString ("HelpWin"_a, "Tip_NoHelp"_a)), "***");
-  EXPECT_EQ (S (GetString ("File Menu"_a, "no such key"_a)), "***");
-  EXPECT_EQ (S (GetString ("no such section"_a, "File"_a)), "***");
-}
-
 // A resource text is a format only when its conversions are the caller's
 // numbers, in count, order and width; anything else reads "***".
 TEST (ResourceFormatTest, FormatsOnlyTextsWhoseConversionsMatchTheArguments) {

@@ -17,7 +17,6 @@ TEST_F (MainWindowTest, OneWindowPerVolumeAndPathSwitch) {
   EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:11 newdir:1");
 
   EXPECT_EQ (Open (V), W);   // without a path nothing changes
-  EXPECT_EQ (Path (W), "\\");
   EXPECT_EQ (Open (V, "\\sub"), W);
   EXPECT_EQ (Where (W), "\\sub 1");
   EXPECT_EQ (Names (W), std::vector<std::string> ({".", "..", "inner.txt"}));
@@ -69,10 +68,7 @@ TEST_F (MainWindowTest, RequestedSizeLaysOutListThenDefaultSizeApplies) {
   EXPECT_EQ (Open (MakeVolume ("d"), "", 400, 99)->List->Control.Width, 500 - 5);
   EXPECT_EQ (Open (MakeVolume ("e"), "", 1024, 300)->List->Control.Width, 500 - 5);
 
-  // The next resize lays the list out again.
-  MESSAGE Resize{};
-  Resize.Type = MSG_RESIZE;
-  Resize.Word2 = 600;
+  MESSAGE Resize = MessageOf (MSG_RESIZE, 600);
   Resize.Word4 = 450;
   Send (Big, Resize);
   EXPECT_EQ (RectOf (&Big->Header), (Rect {130, 130, 600, 450}));
@@ -113,10 +109,7 @@ TEST_F (MainWindowTest, WriteProtectedVolumeKeepsChangesDisabled) {
   EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:00 newdir:0");
 
   // Nor does the notice that the clipboard filled enable paste.
-  MESSAGE Clip{};
-  Clip.Type = MSG_CLIPBOARD;
-  Clip.Code = 1;
-  Send (W, Clip);
+  Send (W, MessageOf (MSG_CLIPBOARD, 0, 1));
   EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:00 delete:00 newdir:0");
 
   // Selecting a row enables copy, but delete stays off.

@@ -10,10 +10,7 @@ namespace {
 
 // A notice with its 16-bit fields at bytes 2, 4, 6 and 10 (the control's id).
 MESSAGE Notify (UINT8 Code, UINT16 Word2, UINT16 Word4, UINT16 Word6, UINT16 Control) {
-  MESSAGE M{};
-  M.Type = MSG_NOTIFY;
-  M.Code = Code;
-  M.Word2 = Word2;
+  MESSAGE M = MessageOf (MSG_NOTIFY, Word2, Code);
   M.Word4 = Word4;
   M.Word6 = Word6;
   M.Word10 = Control;
@@ -35,12 +32,7 @@ class MessagesTest : public MainWindowTest {
   // Delivers a key (byte 1 set) and tells the answer, then byte 1, the
   // character and the scan code the handler left in the record.
   std::string Press (CHAR16 Ch, UINT16 Scan, UINT32 Shift) {
-    MESSAGE M{};
-    M.Type = MSG_KEY;
-    M.Code = 1;
-    M.Word2 = Ch;
-    M.Word4 = Scan;
-    M.Dword8 = Shift;
+    MESSAGE M = KeyMessage (Ch, Scan, Shift, 1);
     UINTN Answer = SendRecord (M);
     std::string Character = M.Word2 > 32 && M.Word2 < 127 ? std::string (1, char (M.Word2)) : std::to_string (M.Word2);
     return std::to_string (Answer) + " " + std::to_string (M.Code) + " " + Character + " " + std::to_string (M.Word4);
@@ -111,9 +103,7 @@ TEST_F (MessagesTest, NotificationsNeedTheListAndNotifyEnabled) {
 
 TEST_F (MessagesTest, ClipboardStateTogglesPaste) {
   MENU_ITEM *Paste = Button (W, PasteCommand);
-  MESSAGE Clip{};
-  Clip.Type = MSG_CLIPBOARD;
-  Clip.Code = 1;
+  MESSAGE Clip = MessageOf (MSG_CLIPBOARD, 0, 1);
   unsigned Redraws = Base ().RedrawCount (Paste);
   EXPECT_EQ (SendRecord (Clip), 0u);
   EXPECT_EQ (CommandStates (W), "gouplayer:00 copy file:11 paste file:11 delete:11 newdir:1");
@@ -131,9 +121,7 @@ TEST_F (MessagesTest, AcceptedMessagesAndVolumeNotice) {
 
   UINT16 Handle = W->DirHandle;
   ASSERT_NE (Handle, 0);
-  MESSAGE M{};
-  M.Type = MSG_VOLUME_NOTICE;
-  M.Code = static_cast<UINT8> (V + 1);
+  MESSAGE M = MessageOf (MSG_VOLUME_NOTICE, 0, static_cast<UINT8> (V + 1));
   EXPECT_EQ (SendRecord (M), 0u);
   EXPECT_EQ (W->DirHandle, Handle);
   M.Code = static_cast<UINT8> (V);
@@ -143,8 +131,7 @@ TEST_F (MessagesTest, AcceptedMessagesAndVolumeNotice) {
 
   // A closed popup hands the keyboard back to the list.
   W->Header.FocusControl = nullptr;
-  M = {};
-  M.Type = MSG_POPUP_CLOSED;
+  M = MessageOf (MSG_POPUP_CLOSED);
   EXPECT_EQ (SendRecord (M), 0u);
   EXPECT_EQ (W->Header.FocusControl, W->List);
 }

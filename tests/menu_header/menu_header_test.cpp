@@ -25,8 +25,6 @@ VOID EFIAPI CommandA (VOID *, WINDOW_HEADER *) {}
 VOID EFIAPI CommandB (VOID *, WINDOW_HEADER *) {}
 VOID EFIAPI CommandC (VOID *, WINDOW_HEADER *) {}
 
-const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
-
 // A GUI whose line height is the pushed font's size (16 with none pushed),
 // and the horizontal lines painted with it.
 UINT8 gPushedSize = 0;
@@ -61,12 +59,7 @@ class MenuHeaderTest : public DriverTest {
   std::vector<WINDOW_HEADER *> Popups_;
   MENU_HEADER *Header (WINDOW_HEADER *H) { return reinterpret_cast<MENU_HEADER *> (H); }
   UINTN SendKey (WINDOW_HEADER *H, CHAR16 Ch, UINT16 Scan, UINT32 Shift, UINT8 Byte1 = 0) {
-    MESSAGE Key{};
-    Key.Type = MSG_KEY;
-    Key.Code = Byte1;
-    Key.Word2 = Ch;
-    Key.Word4 = Scan;
-    Key.Dword8 = Shift;
+    MESSAGE Key = KeyMessage (Ch, Scan, Shift, Byte1);
     return Wb ()->SendMessage (H, &Key);
   }
   env::WindowBase &Base () { return Env ().windows (); }
@@ -106,8 +99,7 @@ TEST_F (MenuHeaderTest, RowsGiveHeightAndPathRowPlacement) {
   // After the owner grows, the field keeps its left edge and ends 2 pixels
   // before the header's right edge.
   Owner->Width = 700;
-  MESSAGE Resize{};
-  Resize.Type = MSG_RESIZE;
+  MESSAGE Resize = MessageOf (MSG_RESIZE);
   Wb ()->SendMessage (Full, &Resize);
   EXPECT_EQ (Full->Width, 695);
   EXPECT_EQ (RectOf (Field), (Rect {T + 10, 2 * Lh + 36, 695 - 2 - (T + 10), Lh + 10}));
@@ -125,8 +117,7 @@ TEST_F (MenuHeaderTest, RowsAndSeparatorsFollowTheOwnersFont) {
   EXPECT_EQ (H->Height, (24 + 10) * 3 + 20);
   EXPECT_EQ (Header (H)->PathField->Y, 2 * 24 + 36);
 
-  MESSAGE Paint {};
-  Paint.Type = MSG_PAINT;
+  MESSAGE Paint = MessageOf (MSG_PAINT);
   H->Paint (H, &Paint, nullptr);
   UINT16 X0 = 0, Y0 = 0;
   Wb ()->GetWindowOrigin (&X0, &Y0, H);
@@ -209,17 +200,13 @@ TEST_F (MenuHeaderTest, PathFieldShowsFittedPathWithSeparator) {
 
 TEST_F (MenuHeaderTest, HotkeysComeFromParenthesisedLetters) {
   WINDOW_HEADER *H = Surveyor ()->CreateMenuHeader (Owner, FALSE, FALSE);
-  auto Hotkey = [&] (const char *Text) {
-    MENU_ITEM *Item = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 (Text), nullptr, nullptr, Owner);
-    return ItemHotkey (Item);
-  };
-  EXPECT_EQ (Hotkey ("File(F)"), 'F');
-  EXPECT_EQ (Hotkey ("(e)dit"), 'E');
-  EXPECT_EQ (Hotkey ("Open(1)(O)"), 'O');   // a parenthesised digit first
-  EXPECT_EQ (Hotkey ("Tools(12)"), 0);
-  EXPECT_EQ (Hotkey ("Plain"), 0);
-  EXPECT_EQ (Hotkey ("End("), 0);
-  EXPECT_EQ (Hotkey ("(x"), 0);
+  // Each title's hotkey, '-' for none: a parenthesised digit is passed over.
+  std::string Keys;
+  for (const char *Text : {"File(F)", "(e)dit", "Open(1)(O)", "Tools(12)", "Plain", "End(", "(x"}) {
+    CHAR8 Key = ItemHotkey (Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 (Text), nullptr, nullptr, Owner));
+    Keys += Key != 0 ? static_cast<char> (Key) : '-';
+  }
+  EXPECT_EQ (Keys, "FEO----");
 }
 
 TEST_F (MenuHeaderTest, KeyboardMovesBetweenTitlesWithoutWrapping) {
@@ -278,8 +265,7 @@ TEST_F (MenuHeaderTest, PopupNoticesMarkTitleAndReachOwnerUnlessSwitching) {
   Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("A"), nullptr, P1, Owner);
   MENU_ITEM *T2 = Surveyor ()->AddHeaderItem (H, ICON_NONE, A8 ("B"), nullptr, P2, Owner);
 
-  MESSAGE Opened{};
-  Opened.Type = MSG_POPUP_OPENED;
+  MESSAGE Opened = MessageOf (MSG_POPUP_OPENED);
   Opened.Pointer8 = P2;
   EXPECT_EQ (Wb ()->SendMessage (H, &Opened), 0u);
   EXPECT_EQ (H->FocusControl, T2);
@@ -289,8 +275,7 @@ TEST_F (MenuHeaderTest, PopupNoticesMarkTitleAndReachOwnerUnlessSwitching) {
     for (const MESSAGE &M : gOwnerMessages) N += M.Type == MSG_POPUP_CLOSED;
     return N;
   };
-  MESSAGE Closed{};
-  Closed.Type = MSG_POPUP_CLOSED;
+  MESSAGE Closed = MessageOf (MSG_POPUP_CLOSED);
   Wb ()->SendMessage (H, &Closed);
   Base ().PumpMessages ();
   EXPECT_EQ (H->FocusControl, nullptr);

@@ -33,6 +33,8 @@ class TempFolder {
 // Writes Bytes to the host file Path, creating its parent folders.
 void WriteHostFile (const std::filesystem::path &Path, const std::string &Bytes);
 std::string ReadHostFile (const std::filesystem::path &Path);
+// A run-time text as the driver's 8-bit string type.
+inline const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
 
 class DriverTest : public ::testing::Test {
  protected:

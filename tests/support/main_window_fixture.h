@@ -19,8 +19,6 @@
 #include "support/driver_fixture.h"
 #include "support/window_views.h"
 
-inline const CHAR8 *A8 (const char *Text) { return reinterpret_cast<const CHAR8 *> (Text); }
-
 class MainWindowTest : public DriverTest {
  protected:
   MAIN_WINDOW *Open (int Volume, const std::string &Path = "", UINT16 Width = 0, UINT16 Height = 0) {

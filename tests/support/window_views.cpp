@@ -12,11 +12,19 @@ std::vector<std::string> OneMessageBox (const std::string &Caption, const std::s
   return {Caption + ": " + Text};
 }
 
-MESSAGE MessageOf (UINT8 Type, UINT16 Word2) {
+MESSAGE MessageOf (UINT8 Type, UINT16 Word2, UINT8 Code) {
   MESSAGE Message{};
   Message.Type = Type;
+  Message.Code = Code;
   Message.Word2 = Word2;
   return Message;
+}
+
+MESSAGE KeyMessage (CHAR16 Ch, UINT16 Scan, UINT32 Shift, UINT8 Byte1) {
+  MESSAGE Key = MessageOf (MSG_KEY, Ch, Byte1);
+  Key.Word4 = Scan;
+  Key.Dword8 = Shift;
+  return Key;
 }
 
 std::string HandlerAnswers (WINDOW_HEADER *Window, std::vector<MESSAGE> Messages) {

@@ -19,8 +19,10 @@ std::vector<std::string> ShownMessageBoxes (env::WindowBase &Windows);
 std::vector<std::string> OneMessageBox (const std::string &Caption, const std::string &Text);
 
 // A message record of Type with the 16-bit field at byte 2 (the command of a
-// system command) set to Word2.
-MESSAGE MessageOf (UINT8 Type, UINT16 Word2 = 0);
+// system command) set to Word2 and byte 1 set to Code.
+MESSAGE MessageOf (UINT8 Type, UINT16 Word2 = 0, UINT8 Code = 0);
+// A key record: the character, the scan code, the shift state and byte 1.
+MESSAGE KeyMessage (CHAR16 Ch, UINT16 Scan, UINT32 Shift, UINT8 Byte1 = 0);
 // What Window's handler answers to each of Messages in turn, one digit each
 // ("1" when it takes the message).
 std::string HandlerAnswers (WINDOW_HEADER *Window, std::vector<MESSAGE> Messages);

@@ -94,11 +94,8 @@ TEST (StringHelpers, GroupThousands) {
     GroupThousands (B ());
     return B.Text ();
   };
-  EXPECT_EQ (Group ("999"), "999");
-  EXPECT_EQ (Group ("1000"), "1,000");
-  EXPECT_EQ (Group ("123456"), "123,456");
-  EXPECT_EQ (Group ("1234567"), "1,234,567");
-  EXPECT_EQ (Group (""), "");
+  EXPECT_EQ (Group ("999") + "|" + Group ("1000") + "|" + Group ("123456") + "|" + Group ("1234567") + "|" + Group (""),
+             "999|1,000|123,456|1,234,567|");
   EXPECT_EQ (Group ("abcd"), "a,bcd");  // every byte counts as a digit
   std::string Longest (48, '9');
   std::string Grouped = Group (Longest.c_str ());
@@ -110,23 +107,20 @@ TEST (StringHelpers, GroupThousands) {
 }
 
 TEST (StringHelpers, ParsesNumbers) {
-  EXPECT_EQ (ParseNumber (A ("0x1F")), 31u);
-  EXPECT_EQ (ParseNumber (A ("0X1f")), 31u);
-  EXPECT_EQ (ParseNumber (A ("017")), 17u);
-  EXPECT_EQ (ParseNumber (A ("0x")), 0u);
-  EXPECT_EQ (ParseNumber (A ("")), 0u);
-  EXPECT_EQ (ParseNumber (A ("4294967296")), 0u);  // wraps in 32 bits
-  EXPECT_EQ (ParseNumber (A ("4294967295")), 4294967295u);
-  EXPECT_EQ (ParseDecimal (A ("12a")), 0u);
-  EXPECT_EQ (ParseDecimal (A (" 12")), 0u);
-  EXPECT_EQ (ParseDecimal (A ("1f")), 0u);
-  // Only the first 16 characters are read; what follows does not matter.
-  EXPECT_EQ (ParseDecimal (A ("12345678901234567890")), static_cast<UINT32> (1234567890123456ULL));
-  EXPECT_EQ (ParseDecimal (A ("1234567890123456xyz")), static_cast<UINT32> (1234567890123456ULL));
-  EXPECT_EQ (ParseHex (A ("ffFF")), 0xFFFFu);
-  EXPECT_EQ (ParseHex (A ("0x10")), 0u);  // no prefix in ParseHex itself
-  EXPECT_EQ (ParseHex (A ("123456789ABCDEF0")), 0x9ABCDEF0u);
-  EXPECT_EQ (ParseHex (A ("g")), 0u);
+  // ParseDecimal reads only the first 16 characters; 32-bit results wrap;
+  // ParseHex itself takes no 0x prefix.
+  const struct {
+    UINT32 (*Parse) (const CHAR8 *);
+    const char *Text;
+    UINT32 Value;
+  } Cases[] = {{ParseNumber, "0x1F", 31},  {ParseNumber, "0X1f", 31},  {ParseNumber, "017", 17},
+               {ParseNumber, "0x", 0},     {ParseNumber, "", 0},       {ParseNumber, "4294967296", 0},
+               {ParseNumber, "4294967295", 4294967295u},               {ParseDecimal, "12a", 0},
+               {ParseDecimal, " 12", 0},   {ParseDecimal, "1f", 0},    {ParseHex, "ffFF", 0xFFFF},
+               {ParseDecimal, "12345678901234567890", static_cast<UINT32> (1234567890123456ULL)},
+               {ParseDecimal, "1234567890123456xyz", static_cast<UINT32> (1234567890123456ULL)},
+               {ParseHex, "0x10", 0},      {ParseHex, "123456789ABCDEF0", 0x9ABCDEF0u}, {ParseHex, "g", 0}};
+  for (const auto &C : Cases) EXPECT_EQ (C.Parse (A (C.Text)), C.Value) << C.Text;
 }
 
 TEST (StringHelpers, SplitsPaths) {
