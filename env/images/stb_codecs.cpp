@@ -51,12 +51,14 @@ namespace {
 // its scans hold at least one bit for every 8 x 8 block (each block's DC
 // value is coded at least once), and four components come with an Adobe
 // marker. Every scan must also name Huffman tables defined before it: stb
-// would read a table it never built.
+// would read a table it never built. A sequential frame's scans use both of
+// their tables whatever their spectral range says; progressive scans use the
+// DC table only in a first DC scan and the AC table only for AC bands.
 bool StreamIsWhole (const uint8_t *Data, size_t Size) {
   if (Size < 4 || Data[0] != 0xFF || Data[1] != 0xD8) return false;
   uint64_t Blocks = 0, CodedBytes = 0;
   int Components = 0, Scans = 0;
-  bool Adobe = false;
+  bool Adobe = false, Progressive = false;
   bool Defined[2][16] = {};   // Huffman tables: [DC, AC][identifier]
   size_t At = 2;
   while (At + 2 <= Size) {
@@ -79,6 +81,7 @@ bool StreamIsWhole (const uint8_t *Data, size_t Size) {
     if (FrameHeader && Length >= 8) {
       uint32_t Height = uint32_t (Segment[1]) << 8 | Segment[2], Width = uint32_t (Segment[3]) << 8 | Segment[4];
       Components = Segment[5];
+      Progressive = Marker == 0xC2 || Marker == 0xC6 || Marker == 0xCA || Marker == 0xCE;
       if (Components == 0 || Length < 8 + 3u * Components) return false;
       int MaxH = 1, MaxV = 1;
       for (int C = 0; C < Components; C++)
@@ -105,9 +108,10 @@ bool StreamIsWhole (const uint8_t *Data, size_t Size) {
       size_t Count = Length >= 3 ? Segment[0] : 0;
       if (Count == 0 || Length < 6 + 2 * Count) return false;
       uint8_t First = Segment[1 + 2 * Count], Last = Segment[2 + 2 * Count], High = Segment[3 + 2 * Count] >> 4;
+      bool UsesDc = !Progressive || (First == 0 && High == 0), UsesAc = !Progressive || Last > 0;
       for (size_t C = 0; C < Count; C++) {
         uint8_t Tables = Segment[2 + 2 * C];
-        if ((First == 0 && High == 0 && !Defined[0][Tables >> 4]) || (Last > 0 && !Defined[1][Tables & 15])) return false;
+        if ((UsesDc && !Defined[0][Tables >> 4]) || (UsesAc && !Defined[1][Tables & 15])) return false;
       }
     }
     At += 2 + Length;

@@ -152,7 +152,17 @@ TEST_P (JpegTest, BrokenStreamsAndHugeDimensionsFailCleanly) {
   Started = Noise;
   Started[0] = Started[2] = 0xFF, Started[1] = 0xD8;
   for (size_t I = Damaged.size () / 2; I < Damaged.size () - 2; I++) Damaged[I] = (uint8_t) (I * 37);
-  for (const auto &Bad : {Noise, Started, std::vector<uint8_t> {'h', 'e', 'l', 'l', 'o'}, Damaged})
+  // A sequential scan whose spectral range ends at 0 and whose AC table was
+  // never defined: a sequential decoder still reads every block's AC codes.
+  std::vector<uint8_t> NoAcTable = Good;
+  for (size_t I = 2; I + 1 < NoAcTable.size (); I++)
+    if (NoAcTable[I] == 0xFF && NoAcTable[I + 1] == 0xDA) {
+      uint8_t Count = NoAcTable[I + 4];
+      for (size_t C = 0; C < Count; C++) NoAcTable[I + 6 + 2 * C] = 0x03;
+      NoAcTable[I + 6 + 2 * Count] = 0;
+      break;
+    }
+  for (const auto &Bad : {Noise, Started, std::vector<uint8_t> {'h', 'e', 'l', 'l', 'o'}, Damaged, NoAcTable})
     EXPECT_FALSE (Decode (Bad).Ok);
   // The driver's table hands over the pixels of a good picture; null arguments are refused.
   UINT32 W = 0, H = 0, *Pixels = nullptr;
