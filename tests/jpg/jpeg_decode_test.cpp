@@ -1,6 +1,7 @@
 // The JPG driver's DecodeJpeg with each backend's decoder (libjpeg on the
 // host, stb_image in firmware): good pictures in every colour model, and cut,
 // garbage and oversized input failing cleanly without leaking pool memory.
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -8,9 +9,7 @@
 #include "env/images/stb_codecs.h"
 #include "env/jpg/jpg_driver.h"
 #include "support/driver_fixture.h"
-
-#define XMD_H
-#include <jpeglib.h>
+#include "support/image_builders.h"
 
 namespace {
 
@@ -18,33 +17,11 @@ namespace {
 // encoded at quality 100.
 std::vector<uint8_t> Encode (int Width, int Height, J_COLOR_SPACE Space, std::vector<uint8_t> Colour,
                              bool Progressive = false, bool AdobeMarker = true) {
-  jpeg_compress_struct C;
-  jpeg_error_mgr E;
-  C.err = jpeg_std_error (&E);
-  jpeg_create_compress (&C);
-  unsigned char *Out = nullptr;
-  unsigned long OutSize = 0;
-  jpeg_mem_dest (&C, &Out, &OutSize);
-  C.image_width = Width;
-  C.image_height = Height;
-  C.input_components = (int) Colour.size ();
-  C.in_color_space = Space;
-  jpeg_set_defaults (&C);
-  jpeg_set_quality (&C, 100, TRUE);
-  if (Progressive) jpeg_simple_progression (&C);
-  if (!AdobeMarker) C.write_Adobe_marker = FALSE;
-  jpeg_start_compress (&C, TRUE);
-  std::vector<uint8_t> Row;
-  for (int X = 0; X < Width; X++) Row.insert (Row.end (), Colour.begin (), Colour.end ());
-  while (C.next_scanline < C.image_height) {
-    JSAMPROW P = Row.data ();
-    jpeg_write_scanlines (&C, &P, 1);
-  }
-  jpeg_finish_compress (&C);
-  std::vector<uint8_t> Bytes (Out, Out + OutSize);
-  jpeg_destroy_compress (&C);
-  free (Out);
-  return Bytes;
+  test_images::JpegOptions Options;
+  Options.Space = Space, Options.Quality = 100, Options.Progressive = Progressive, Options.AdobeMarker = AdobeMarker;
+  return test_images::EncodeJpeg (
+      Width, Height, (int) Colour.size (),
+      [&] (int, int, uint8_t *Out) { std::copy (Colour.begin (), Colour.end (), Out); }, Options);
 }
 
 using JpegDecoder = bool (*) (const uint8_t *, size_t, uint32_t &, uint32_t &, uint32_t *&);

@@ -158,7 +158,17 @@ inline Bytes Ico (const std::vector<std::pair<int, int>> &Sizes, int ClaimedCoun
   return B;
 }
 
-inline Bytes Jpeg (int W, int H, const PixelFn &Px = Checker, int Quality = 90) {
+// Options of EncodeJpeg beyond the pixels.
+struct JpegOptions {
+  J_COLOR_SPACE Space = JCS_RGB;
+  int Quality = 90;
+  bool Progressive = false;
+  bool AdobeMarker = true;   // libjpeg's default for CMYK and YCCK
+};
+
+// A JPEG written by libjpeg; Px fills the Components bytes of pixel (X, Y).
+inline Bytes EncodeJpeg (int W, int H, int Components, const std::function<void (int X, int Y, uint8_t *Out)> &Px,
+                         const JpegOptions &Options = {}) {
   jpeg_compress_struct Info;
   jpeg_error_mgr Errors;
   Info.err = jpeg_std_error (&Errors);
@@ -168,17 +178,16 @@ inline Bytes Jpeg (int W, int H, const PixelFn &Px = Checker, int Quality = 90) 
   jpeg_mem_dest (&Info, &Buffer, &Size);
   Info.image_width = W;
   Info.image_height = H;
-  Info.input_components = 3;
-  Info.in_color_space = JCS_RGB;
+  Info.input_components = Components;
+  Info.in_color_space = Options.Space;
   jpeg_set_defaults (&Info);
-  jpeg_set_quality (&Info, Quality, TRUE);
+  jpeg_set_quality (&Info, Options.Quality, TRUE);
+  if (Options.Progressive) jpeg_simple_progression (&Info);
+  if (!Options.AdobeMarker) Info.write_Adobe_marker = FALSE;
   jpeg_start_compress (&Info, TRUE);
-  Bytes Row (size_t (W) * 3);
+  Bytes Row (size_t (W) * Components);
   while (Info.next_scanline < Info.image_height) {
-    for (int X = 0; X < W; X++) {
-      uint32_t P = Px (X, Info.next_scanline);
-      Row[X * 3] = (P >> 16) & 0xFF, Row[X * 3 + 1] = (P >> 8) & 0xFF, Row[X * 3 + 2] = P & 0xFF;
-    }
+    for (int X = 0; X < W; X++) Px (X, (int) Info.next_scanline, Row.data () + size_t (X) * Components);
     JSAMPROW Rows[1] = {Row.data ()};
     jpeg_write_scanlines (&Info, Rows, 1);
   }
@@ -187,6 +196,19 @@ inline Bytes Jpeg (int W, int H, const PixelFn &Px = Checker, int Quality = 90) 
   Bytes Out (Buffer, Buffer + Size);
   free (Buffer);
   return Out;
+}
+
+// An RGB JPEG of the colours Px gives (0xAARRGGBB, alpha ignored).
+inline Bytes Jpeg (int W, int H, const PixelFn &Px = Checker, int Quality = 90) {
+  JpegOptions Options;
+  Options.Quality = Quality;
+  return EncodeJpeg (
+      W, H, 3,
+      [&] (int X, int Y, uint8_t *Out) {
+        uint32_t P = Px (X, Y);
+        Out[0] = (P >> 16) & 0xFF, Out[1] = (P >> 8) & 0xFF, Out[2] = P & 0xFF;
+      },
+      Options);
 }
 
 }  // namespace test_images
