@@ -21,22 +21,13 @@ VOID FreePool (VOID *Buffer) {
   if (Buffer != nullptr) gBS->FreePool (Buffer);
 }
 
+// The compiler's own copies and fills: the C library's on the host, the
+// image's memmove and memset in firmware.
 VOID *CopyMem (VOID *Destination, const VOID *Source, UINTN Length) {
-  UINT8 *D = static_cast<UINT8 *> (Destination);
-  const UINT8 *S = static_cast<const UINT8 *> (Source);
-  if (D < S) {
-    for (UINTN I = 0; I < Length; I++) D[I] = S[I];
-  } else {
-    for (UINTN I = Length; I > 0; I--) D[I - 1] = S[I - 1];
-  }
-  return Destination;
+  return __builtin_memmove (Destination, Source, Length);
 }
 
-VOID *SetMem (VOID *Buffer, UINTN Length, UINT8 Value) {
-  UINT8 *B = static_cast<UINT8 *> (Buffer);
-  for (UINTN I = 0; I < Length; I++) B[I] = Value;
-  return Buffer;
-}
+VOID *SetMem (VOID *Buffer, UINTN Length, UINT8 Value) { return __builtin_memset (Buffer, Value, Length); }
 
 VOID *ZeroMem (VOID *Buffer, UINTN Length) { return SetMem (Buffer, Length, 0); }
 
