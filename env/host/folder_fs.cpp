@@ -86,6 +86,12 @@ void FillLinkInfo (NodeInfo &Info, const struct stat &Entry, size_t TargetLength
   Info.Size = TargetLength;
 }
 
+int64_t MonotonicNs () {
+  struct timespec Now;
+  clock_gettime (CLOCK_MONOTONIC_COARSE, &Now);
+  return int64_t (Now.tv_sec) * 1000000000 + Now.tv_nsec;
+}
+
 bool ReadLinkAt (int Dir, const std::string &Name, std::string &Target) {
   char Buffer[4096];
   ssize_t N = ::readlinkat (Dir, Name.c_str (), Buffer, sizeof Buffer);
@@ -104,12 +110,6 @@ class FolderNode : public FsNode {
   // A link that cannot be followed: its target text is its contents.
   FolderNode (const FolderVolume &Volume, const NodeInfo &LinkInfo, std::string Target)
       : Volume_ (Volume), Path_ (), LinkInfo_ (LinkInfo), LinkTarget_ (std::move (Target)), IsLink_ (true) {}
-  ~FolderNode () override {
-    if (Stream_ != nullptr) {
-      Fd_.Release ();
-      ::closedir (Stream_);
-    }
-  }
 
   bool Describe (NodeInfo &Out) override {
     if (IsLink_) {
@@ -179,9 +179,14 @@ class FolderNode : public FsNode {
 
   int Descriptor () const { return Fd_.Value; }
   // What the node was opened as (StillAt compares a path's object with it).
-  void OpenedAs (const struct stat &St) { Device_ = St.st_dev, Inode_ = St.st_ino; }
+  void OpenedAs (const struct stat &St) {
+    Device_ = St.st_dev, Inode_ = St.st_ino;
+    Seen (MonotonicNs ());
+  }
+  // When the node was last known to be at its path.
+  void Seen (int64_t Ns) { SeenAt_ = Ns; }
+  int64_t SeenAt () const { return SeenAt_; }
   bool Is (const struct stat &St) const { return Inode_ != 0 && St.st_dev == Device_ && St.st_ino == Inode_; }
-  const std::vector<std::string> &Path () const { return Path_; }
 
  private:
   bool IsDirectory () const {
@@ -195,7 +200,7 @@ class FolderNode : public FsNode {
 
   const FolderVolume &Volume_;
   Fd Fd_;
-  DIR *Stream_ = nullptr;           // reads the entries through Fd_, which it then owns
+  bool Listed_ = false;             // Fd_ has read entries: the next listing starts over
   std::vector<std::string> Path_;   // components from the volume's root (for resolving links)
   bool Writable_ = false;
   NodeInfo LinkInfo_;
@@ -203,6 +208,7 @@ class FolderNode : public FsNode {
   bool IsLink_ = false;
   dev_t Device_ = 0;
   ino_t Inode_ = 0;
+  int64_t SeenAt_ = INT64_MIN / 2;
 };
 
 class FolderVolume : public VolumeFs {
@@ -215,21 +221,19 @@ class FolderVolume : public VolumeFs {
     return std::make_unique<FolderNode> (*this, Copy, std::vector<std::string> {}, false);
   }
   void Flush () override { ::syncfs (Root_.Value); }
-  // A path is looked at again once it has not been for kRecheckNs: a
-  // rename in the meantime is no different from one that came a moment
-  // later, and a walk through many files of one folder costs no extra call.
+  // A path is looked at again once its directory has not been seen there
+  // for kRecheckNs: a rename in the meantime is no different from one that
+  // came a moment later, and a walk through many files of one folder costs
+  // no extra call.
   bool StillAt (FsNode &Directory, const std::vector<std::string> &Path) override {
     auto &Node = static_cast<FolderNode &> (Directory);
-    struct timespec Now;
-    clock_gettime (CLOCK_MONOTONIC_COARSE, &Now);
-    int64_t Ns = int64_t (Now.tv_sec) * 1000000000 + Now.tv_nsec;
-    if (&Node == Checked_ && Ns - CheckedAt_ < kRecheckNs) return true;
+    int64_t Now = MonotonicNs ();
+    if (Now - Node.SeenAt () < kRecheckNs) return true;
     std::string Relative = ".";
     for (const std::string &Part : Path) Relative += "/" + Part;
     struct stat There;
     bool Same = ::fstatat (Root_.Value, Relative.c_str (), &There, AT_SYMLINK_NOFOLLOW) == 0 && Node.Is (There);
-    Checked_ = Same ? &Node : nullptr;
-    CheckedAt_ = Ns;
+    if (Same) Node.Seen (Now);
     return Same;
   }
   std::string RunTag () const override { return std::to_string (static_cast<long> (::getpid ())); }
@@ -295,8 +299,6 @@ class FolderVolume : public VolumeFs {
  private:
   static constexpr int64_t kRecheckNs = 10 * 1000000;
   Fd Root_;
-  const FolderNode *Checked_ = nullptr;   // the directory last found still at its path
-  int64_t CheckedAt_ = 0;
 };
 
 std::unique_ptr<FsNode> FolderNode::OpenEntry (const std::string &Name, struct stat &Entry, struct stat &Target) {
@@ -336,10 +338,9 @@ std::unique_ptr<FsNode> FolderNode::Open (const std::string &Name, NodeInfo *Inf
       !IsLink_) {
     int Opened = ::openat (Fd_.Value, Name.c_str (), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
     if (Opened >= 0) {
-      std::vector<std::string> Path = Path_;
-      Path.push_back (Name);
       *Info = *Hint;
-      return std::make_unique<FolderNode> (Volume_, Opened, std::move (Path), false);
+      // A file resolves no links of its own: it needs no path.
+      return std::make_unique<FolderNode> (Volume_, Opened, std::vector<std::string> {}, false);
     }
   }
   struct stat Entry, Target;
@@ -358,22 +359,25 @@ bool FolderNode::List (std::vector<ListedEntry> &Out, ListGaps &Gaps) {
   struct stat Self;
   // A folder removed since it was opened has nothing left to list.
   if (IsLink_ || ::fstat (Fd_.Value, &Self) != 0 || !S_ISDIR (Self.st_mode) || Self.st_nlink == 0) return false;
-  // The directory's own descriptor reads its entries, from the start each time.
-  if (Stream_ == nullptr) {
-    Stream_ = ::fdopendir (Fd_.Value);
-    if (Stream_ == nullptr) return false;
-  } else {
-    ::rewinddir (Stream_);
-  }
-  DIR *Folder = Stream_;
+  // The directory's own descriptor reads its entries, from the start each
+  // time (a DIR stream would cost three more calls per folder).
+  if (Listed_ && ::lseek (Fd_.Value, 0, SEEK_SET) != 0) return false;
+  Listed_ = true;
+  alignas (8) char Buffer[32768];
+  ssize_t Filled = 0, Offset = 0;
   bool Ok = true;
   for (;;) {
-    errno = 0;
-    struct dirent *Item = ::readdir (Folder);
-    if (Item == nullptr) {
-      Ok = errno == 0;
-      break;
+    if (Offset >= Filled) {
+      Filled = ::getdents64 (Fd_.Value, Buffer, sizeof Buffer);
+      Offset = 0;
+      if (Filled < 0 && errno == EINTR) continue;
+      if (Filled <= 0) {
+        Ok = Filled == 0;
+        break;
+      }
     }
+    const auto *Item = reinterpret_cast<const struct dirent64 *> (Buffer + Offset);
+    Offset += Item->d_reclen;
     std::string Name = Item->d_name;
     if (Name == "." || Name == "..") continue;
     if (Name.size () > kMaxEntryName) {
@@ -414,7 +418,7 @@ bool FolderNode::List (std::vector<ListedEntry> &Out, ListGaps &Gaps) {
     }
     Out.push_back (std::move (Entry));
   }
-    return Ok;
+  return Ok;
 }
 
 std::unique_ptr<FsNode> FolderNode::Create (const std::string &Name, NodeKind Kind) {
