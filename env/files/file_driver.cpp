@@ -29,17 +29,30 @@ struct OpenObject {
   LISTING_NOTES Notes {};
 };
 
-// The directory a path led to last, kept for the next path below it, and
-// the volume's root, where every other walk starts.
+// The directories along the path walked last (Nodes[I] holds the
+// directory of Path's first I + 1 components), kept so that the next walk
+// starts at the deepest one the two paths share; and the volume's root,
+// where every other walk starts.
 struct DirectoryCache {
   std::vector<std::string> Path;
-  std::shared_ptr<FsNode> Node;
+  std::vector<std::shared_ptr<FsNode>> Nodes;
   std::shared_ptr<FsNode> Root;
+
+  void Clear () {
+    Path.clear ();
+    Nodes.clear ();
+  }
+  // Keeps only the first Length directories.
+  void Keep (size_t Length) {
+    Path.resize (std::min (Length, Path.size ()));
+    Nodes.resize (Path.size ());
+  }
 };
 
+// A directory's entries in the order ReadDirectory sorts them.
 struct Listing {
   std::vector<std::string> Path;
-  std::unordered_map<std::string, NodeInfo> Entries;
+  std::vector<ListedEntry> Entries;
 };
 
 struct MountedVolume {
@@ -50,11 +63,8 @@ struct MountedVolume {
   std::vector<Listing> Listings;   // the latest listings, newest last
 };
 
-// Folders first, then files; by name without case, then byte by byte.
-bool ListedBefore (const ListedEntry &A, const ListedEntry &B) {
-  bool DirA = A.Info.Kind == NodeKind::Directory, DirB = B.Info.Kind == NodeKind::Directory;
-  if (DirA != DirB) return DirA;
-  const std::string &X = A.Name, &Y = B.Name;
+// By name without case, then byte by byte.
+bool NameBefore (const std::string &X, const std::string &Y) {
   size_t N = std::min (X.size (), Y.size ());
   for (size_t I = 0; I < N; I++) {
     auto Cx = static_cast<unsigned char> (AsciiLower (X[I])), Cy = static_cast<unsigned char> (AsciiLower (Y[I]));
@@ -62,6 +72,22 @@ bool ListedBefore (const ListedEntry &A, const ListedEntry &B) {
   }
   if (X.size () != Y.size ()) return X.size () < Y.size ();
   return X < Y;
+}
+
+bool IsFolder (const ListedEntry &Entry) { return Entry.Info.Kind == NodeKind::Directory; }
+
+// Folders first, then files; each by name.
+bool ListedBefore (const ListedEntry &A, const ListedEntry &B) {
+  if (IsFolder (A) != IsFolder (B)) return IsFolder (A);
+  return NameBefore (A.Name, B.Name);
+}
+
+// Name among sorted entries of one kind, or null.
+const NodeInfo *FindSorted (std::vector<ListedEntry>::const_iterator First,
+                            std::vector<ListedEntry>::const_iterator Last, const std::string &Name) {
+  auto It = std::lower_bound (First, Last, Name,
+                              [] (const ListedEntry &E, const std::string &N) { return NameBefore (E.Name, N); });
+  return It != Last && It->Name == Name ? &It->Info : nullptr;
 }
 
 void FillEntry (DIRECTORY_ENTRY &Entry, const std::string &Name, const NodeInfo &Info, bool Dots) {
@@ -149,37 +175,45 @@ struct FileDriver::State {
     return It == Handles.end () ? nullptr : &It->second;
   }
 
-  // Walks Components from the root of Fs (or from the cached directory
-  // above them). Info, when given, receives the description of what it
-  // reached, and Above the directory holding it (the root for the root).
-  // What the latest listing of the last directory says of the last name
-  // spares the volume some work. Null when some component cannot be opened.
+  // Walks Components from the root of Fs (or from the deepest cached
+  // directory above them). Info, when given, receives the description of
+  // what it reached, and Above the directory holding it (the root for the
+  // root). What the latest listing of the last directory says of the last
+  // name spares the volume some work. Null when some component cannot be
+  // opened.
   std::shared_ptr<FsNode> Walk (VolumeFs &Fs, DirectoryCache *Cache, const std::vector<Listing> *Listings,
                                 const std::vector<std::string> &Components, NodeInfo *Info = nullptr,
                                 std::shared_ptr<FsNode> *Above = nullptr) {
     size_t Start = 0;
     std::shared_ptr<FsNode> Node;
-    if (Cache != nullptr && Cache->Node && Cache->Path.size () <= Components.size () &&
-        std::equal (Cache->Path.begin (), Cache->Path.end (), Components.begin ()) &&
-        Fs.StillAt (*Cache->Node, Cache->Path)) {
-      Node = Cache->Node;
+    if (Cache != nullptr) {
+      size_t Shared = 0;
+      while (Shared < Cache->Path.size () && Shared < Components.size () && Cache->Path[Shared] == Components[Shared])
+        Shared++;
+      Cache->Keep (Shared);
+      if (Shared > 0 && !Fs.StillAt (*Cache->Nodes.back (), Cache->Path)) Cache->Clear ();
       Start = Cache->Path.size ();
-    } else if (Cache != nullptr) {
-      if (!Cache->Root) Cache->Root = Fs.OpenRoot ();
-      Node = Cache->Root;
+      if (Start > 0) {
+        Node = Cache->Nodes.back ();
+        if (Above != nullptr) *Above = Start > 1 ? Cache->Nodes[Start - 2] : Cache->Root;
+      } else {
+        if (!Cache->Root) Cache->Root = Fs.OpenRoot ();
+        Node = Cache->Root;
+      }
     } else {
       Node = Fs.OpenRoot ();
     }
-    if (Above != nullptr) *Above = Node;
+    if (Above != nullptr && Start == 0) *Above = Node;
     if (Node && Start == Components.size () && Info != nullptr && !Node->Describe (*Info)) return nullptr;
     for (size_t I = Start; Node && I < Components.size (); I++) {
       bool Last = I + 1 == Components.size ();
       const NodeInfo *Hint = Last && Listings != nullptr ? Listed (*Listings, Components, I, Components[I]) : nullptr;
       std::shared_ptr<FsNode> Next = Node->Open (Components[I], Last ? Info : nullptr, Hint);
-      // A directory on the way is kept for the next walk below it.
-      if (Next && Cache != nullptr && !Last) {
-        Cache->Path.assign (Components.begin (), Components.begin () + static_cast<long> (I) + 1);
-        Cache->Node = Next;
+      // Every directory on the way, and the last one reached, is kept for
+      // the next walk below it.
+      if (Next && Cache != nullptr && (!Last || (Info != nullptr && Info->Kind == NodeKind::Directory))) {
+        Cache->Path.push_back (Components[I]);
+        Cache->Nodes.push_back (Next);
       }
       if (Above != nullptr) *Above = Node;
       Node = std::move (Next);
@@ -193,15 +227,12 @@ struct FileDriver::State {
     return Walk (*V.Fs, &V.Cache, &V.Listings, Components, Info, Above);
   }
 
-  void Remember (int Volume, const std::vector<std::string> &Path, const std::vector<ListedEntry> &Entries) {
+  void Remember (int Volume, const std::vector<std::string> &Path, std::vector<ListedEntry> &&Entries) {
     auto &List = Volumes[Volume].Listings;
     List.erase (std::remove_if (List.begin (), List.end (), [&] (const Listing &L) { return L.Path == Path; }),
                 List.end ());
     if (List.size () >= kRememberedListings) List.erase (List.begin ());
-    Listing Made {Path, {}};
-    Made.Entries.reserve (Entries.size ());
-    for (const ListedEntry &E : Entries) Made.Entries.emplace (E.Name, E.Info);
-    List.push_back (std::move (Made));
+    List.push_back (Listing {Path, std::move (Entries)});
   }
 
   // How Name looked in the latest listing of the directory Path, or null.
@@ -209,8 +240,9 @@ struct FileDriver::State {
                                  size_t PathLength, const std::string &Name) {
     for (auto L = Listings.rbegin (); L != Listings.rend (); ++L) {
       if (L->Path.size () != PathLength || !std::equal (L->Path.begin (), L->Path.end (), Path.begin ())) continue;
-      auto It = L->Entries.find (Name);
-      return It == L->Entries.end () ? nullptr : &It->second;
+      auto Files = std::partition_point (L->Entries.begin (), L->Entries.end (), IsFolder);
+      const NodeInfo *Found = FindSorted (L->Entries.begin (), Files, Name);
+      return Found != nullptr ? Found : FindSorted (Files, L->Entries.end (), Name);
     }
     return nullptr;
   }
@@ -320,7 +352,6 @@ DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
     return nullptr;
   }
   std::sort (Found.begin (), Found.end (), ListedBefore);
-  S.Remember (Object->Volume, Object->Path, Found);
 
   size_t Dots = Object->Path.empty () ? 0 : 2;
   size_t Total = std::min<size_t> (Dots + Found.size (), 0xFFFF);
@@ -331,17 +362,19 @@ DIRECTORY_ENTRY *EFIAPI ReadDirectory (UINT16 Handle, UINT16 *Count) {
     if (Entries == nullptr) Notes.FolderUnreadable = 1;
   }
   AddNotes (S.Volumes[Object->Volume].LeftOut, Notes);
-  if (Entries == nullptr) return nullptr;
-  size_t Index = 0;
-  if (Dots != 0) {
-    NodeInfo Parent = Object->Self;
-    if (Object->Above) Object->Above->Describe (Parent);
-    FillEntry (Entries[Index++], ".", Object->Self, true);
-    FillEntry (Entries[Index++], "..", Parent, true);
+  if (Entries != nullptr) {
+    size_t Index = 0;
+    if (Dots != 0) {
+      NodeInfo Parent = Object->Self;
+      if (Object->Above) Object->Above->Describe (Parent);
+      FillEntry (Entries[Index++], ".", Object->Self, true);
+      FillEntry (Entries[Index++], "..", Parent, true);
+    }
+    for (size_t I = 0; Index < Total; I++) FillEntry (Entries[Index++], Found[I].Name, Found[I].Info, false);
+    Notes.Listed = static_cast<UINT32> (Total);
+    *Count = static_cast<UINT16> (Total);
   }
-  for (size_t I = 0; Index < Total; I++) FillEntry (Entries[Index++], Found[I].Name, Found[I].Info, false);
-  Notes.Listed = static_cast<UINT32> (Total);
-  *Count = static_cast<UINT16> (Total);
+  S.Remember (Object->Volume, Object->Path, std::move (Found));
   return Entries;
 }
 
@@ -570,8 +603,7 @@ bool FileDriver::ListedInfo (int Volume, const std::vector<std::string> &Directo
 
 void FileDriver::Forget (int Volume) {
   if (Volume < 0 || Volume >= VOLUME_COUNT) return;
-  State_->Volumes[Volume].Cache.Path.clear ();
-  State_->Volumes[Volume].Cache.Node.reset ();
+  State_->Volumes[Volume].Cache.Clear ();
 }
 
 bool FileDriver::ReadSystemFile (const char *Path, std::vector<uint8_t> &Bytes, size_t Limit) {

@@ -8,20 +8,23 @@ bool SplitVolumePath (const char *Path, std::vector<std::string> &Components) {
   size_t Length = 0;
   while (Length <= kVolumePathMax && Path[Length] != '\0') Length++;
   if (Length > kVolumePathMax) return false;
+  Components.reserve (8);
   size_t Pos = 0;
   while (Pos <= Length) {
     size_t End = Pos;
     while (End < Length && Path[End] != '\\') End++;
-    std::string Part (Path + Pos, End - Pos);
+    const char *Part = Path + Pos;
+    size_t Size = End - Pos;
     Pos = End + 1;
-    if (Part.empty () || Part == ".") continue;
-    if (Part == "..") {
+    if (Size == 0 || (Size == 1 && Part[0] == '.')) continue;
+    if (Size == 2 && Part[0] == '.' && Part[1] == '.') {
       if (Components.empty ()) return false;
       Components.pop_back ();
       continue;
     }
-    if (Part.find ('/') != std::string::npos) return false;
-    Components.push_back (std::move (Part));
+    for (size_t I = 0; I < Size; I++)
+      if (Part[I] == '/') return false;
+    Components.emplace_back (Part, Size);
   }
   return true;
 }
