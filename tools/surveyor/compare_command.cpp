@@ -36,7 +36,11 @@ std::string VolumePath (const CommandLine &Line) {
 }  // namespace
 
 int RunCompareCommand (const CommandLine &Line) {
-  Session S (Line);
+  // Nothing is drawn: the smallest screen spares filling a frame buffer.
+  CommandLine Unseen = Line;
+  Unseen.ScreenWidth = 320;
+  Unseen.ScreenHeight = 240;
+  Session S (Unseen);
   std::string Error;
   env::VolumeSpec Source, Backup;
   Source.Folder = Line.Arguments[0];
