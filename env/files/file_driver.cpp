@@ -192,18 +192,14 @@ struct FileDriver::State {
         Shared++;
       Cache->Keep (Shared);
       if (Shared > 0 && !Fs.StillAt (*Cache->Nodes.back (), Cache->Path)) Cache->Clear ();
+      if (!Cache->Root) Cache->Root = Fs.OpenRoot ();
       Start = Cache->Path.size ();
-      if (Start > 0) {
-        Node = Cache->Nodes.back ();
-        if (Above != nullptr) *Above = Start > 1 ? Cache->Nodes[Start - 2] : Cache->Root;
-      } else {
-        if (!Cache->Root) Cache->Root = Fs.OpenRoot ();
-        Node = Cache->Root;
-      }
+      Node = Start > 0 ? Cache->Nodes.back () : Cache->Root;
+      if (Above != nullptr) *Above = Start > 1 ? Cache->Nodes[Start - 2] : Cache->Root;
     } else {
       Node = Fs.OpenRoot ();
+      if (Above != nullptr) *Above = Node;
     }
-    if (Above != nullptr && Start == 0) *Above = Node;
     if (Node && Start == Components.size () && Info != nullptr && !Node->Describe (*Info)) return nullptr;
     for (size_t I = Start; Node && I < Components.size (); I++) {
       bool Last = I + 1 == Components.size ();
