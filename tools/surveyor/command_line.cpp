@@ -110,8 +110,9 @@ bool ParseCommandLine (int Argc, char **Argv, CommandLine &Out, std::string &Err
       unsigned W = 0, H = 0;
       size_t X = Value.find ('x');
       if (X == std::string::npos || !ParseNumber (Value.substr (0, X), 65535, W) ||
-          !ParseNumber (Value.substr (X + 1), 65535, H) || W < 320 || H < 240) {
-        Error = "--screen wants WxH, at least 320x240";
+          !ParseNumber (Value.substr (X + 1), 65535, H) || W < kMinScreenWidth || H < kMinScreenHeight) {
+        Error = "--screen wants WxH, at least " + std::to_string (kMinScreenWidth) + "x" +
+                std::to_string (kMinScreenHeight);
         return false;
       }
       Out.ScreenWidth = static_cast<uint16_t> (W);

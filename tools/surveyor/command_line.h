@@ -9,6 +9,10 @@
 
 namespace surveyor {
 
+// The smallest screen --screen accepts.
+constexpr uint16_t kMinScreenWidth = 320;
+constexpr uint16_t kMinScreenHeight = 240;
+
 struct CommandLine {
   std::string Command;                    // browse, run, compare
   std::vector<std::string> Arguments;     // folders, scripts, or SOURCE BACKUP [PATH]

@@ -38,8 +38,8 @@ std::string VolumePath (const CommandLine &Line) {
 int RunCompareCommand (const CommandLine &Line) {
   // Nothing is drawn: the smallest screen spares filling a frame buffer.
   CommandLine Unseen = Line;
-  Unseen.ScreenWidth = 320;
-  Unseen.ScreenHeight = 240;
+  Unseen.ScreenWidth = kMinScreenWidth;
+  Unseen.ScreenHeight = kMinScreenHeight;
   Session S (Unseen);
   std::string Error;
   env::VolumeSpec Source, Backup;
